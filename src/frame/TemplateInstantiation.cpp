@@ -1,0 +1,12 @@
+// The smart pointer instantiations the library itself uses.
+#include <vsupt/VornObjectBase.h>
+#include <vsupt/VornSmartPointer.h>
+
+#include "sync/LockImplementation.h"
+
+namespace VornSupport {
+
+template class VornSmartPointer<VornObjectBase>;
+template class VornSmartPointer<LockImplementation>;
+
+}  // namespace VornSupport

@@ -1,0 +1,301 @@
+#include <vsupt/VornCriticalSection.h>
+#include <vsupt/VornCriticalSectionObject.h>
+#include <vsupt/VornMutexObject.h>
+
+#include "sync/LockImplementation.h"
+
+#include <cerrno>
+#include <cstring>
+
+using VornSupport::g_pCriticalSection;
+
+// ---------------------------------------------------------------------------
+// LockThreadStorage
+
+pthread_key_t LockThreadStorage::m_mutexListKey;
+bool LockThreadStorage::m_keyCreated = false;
+
+namespace {
+LockThreadStorage g_lockThreadStorage;
+
+LockImplementation* heldLocksHead()
+{
+    return static_cast<LockImplementation*>(pthread_getspecific(LockThreadStorage::m_mutexListKey));
+}
+
+void setHeldLocksHead(LockImplementation* head)
+{
+    pthread_setspecific(LockThreadStorage::m_mutexListKey, head);
+}
+}  // namespace
+
+LockThreadStorage::LockThreadStorage()
+{
+    createKey();
+}
+
+LockThreadStorage::~LockThreadStorage() = default;
+
+void LockThreadStorage::createKey()
+{
+    if (!m_keyCreated) {
+        pthread_key_create(&m_mutexListKey, nullptr);
+        m_keyCreated = true;
+    }
+}
+
+// ---------------------------------------------------------------------------
+// LockBase
+
+LockBase::~LockBase() = default;
+
+long LockBase::addRef()
+{
+    return m_nRefCount.fetch_add(1, std::memory_order_relaxed) + 1;
+}
+
+long LockBase::release()
+{
+    const long count = m_nRefCount.fetch_sub(1, std::memory_order_acq_rel) - 1;
+    if (count == 0) {
+        delete this;
+    }
+    return count;
+}
+
+// ---------------------------------------------------------------------------
+// LockImplementation
+
+LockImplementation::LockImplementation(bool)
+    : m_owner(0), m_pNext(nullptr), m_pPrev(nullptr), m_nLockCount(0)
+{
+    // A lock may be made before the static key owner is constructed.
+    LockThreadStorage::createKey();
+    std::memset(&m_mutex, 0, sizeof m_mutex);
+    pthread_mutex_init(&m_mutex, nullptr);
+}
+
+LockImplementation::~LockImplementation()
+{
+    unwind();
+    pthread_mutex_destroy(&m_mutex);
+}
+
+void LockImplementation::takeOwnership(int count)
+{
+    setCount(count);
+    m_owner.store(pthread_self(), std::memory_order_relaxed);
+    pushOnThreadList();
+}
+
+void LockImplementation::pushOnThreadList()
+{
+    LockImplementation* head = heldLocksHead();
+    if (head != nullptr) {
+        head->m_pPrev = this;
+    }
+    setHeldLocksHead(this);
+    m_pNext = head;
+    m_pPrev = nullptr;
+}
+
+void LockImplementation::takeOffThreadList()
+{
+    if (m_pNext != nullptr) {
+        m_pNext->m_pPrev = m_pPrev;
+    }
+    if (m_pPrev != nullptr) {
+        m_pPrev->m_pNext = m_pNext;
+    } else {
+        setHeldLocksHead(m_pNext);
+    }
+    m_pPrev = nullptr;
+    m_pNext = nullptr;
+}
+
+// The bookkeeping comes before the mutex is let go, so that only the holder
+// ever touches the fields.
+void LockImplementation::releaseOwnership()
+{
+    m_owner.store(0, std::memory_order_relaxed);
+    takeOffThreadList();
+    pthread_mutex_unlock(&m_mutex);
+}
+
+void LockImplementation::lock()
+{
+    if (!ownedByCaller()) {
+        pthread_mutex_lock(&m_mutex);
+        takeOwnership(0);
+    }
+    setCount(lockCount() + 1);
+}
+
+bool LockImplementation::testAndSet()
+{
+    if (ownedByCaller()) {
+        setCount(lockCount() + 1);
+        return true;
+    }
+    const int result = pthread_mutex_trylock(&m_mutex);
+    if (result == EBUSY || result == EINVAL) {
+        return false;
+    }
+    takeOwnership(1);
+    return true;
+}
+
+void LockImplementation::unlock()
+{
+    if (!ownedByCaller()) {
+        return;
+    }
+    setCount(lockCount() - 1);
+    if (lockCount() == 0) {
+        releaseOwnership();
+    }
+}
+
+void LockImplementation::unwind()
+{
+    while (lockCount() >= 1) {
+        while (!ownedByCaller()) {
+        }
+        setCount(lockCount() - 1);
+        if (lockCount() == 0) {
+            releaseOwnership();
+        }
+    }
+}
+
+void LockImplementation::recoverHeldLocks()
+{
+    LockImplementation* lock = heldLocksHead();
+    setHeldLocksHead(nullptr);
+    while (lock != nullptr) {
+        LockImplementation* next = lock->m_pNext;
+        lock->m_pNext = nullptr;
+        lock->m_pPrev = nullptr;
+        lock->setCount(0);
+        lock->m_owner.store(0, std::memory_order_relaxed);
+        pthread_mutex_unlock(&lock->m_mutex);
+        lock = next;
+    }
+}
+
+void VornCriticalSectionRecoverFn(void*)
+{
+    LockImplementation::recoverHeldLocks();
+}
+
+namespace VornSupport {
+
+// ---------------------------------------------------------------------------
+// VornCriticalSectionObject
+
+using LockHolder = VornSmartPointer<LockImplementation>;
+
+VornCriticalSectionObject::VornCriticalSectionObject() : m_pLock(nullptr), m_bLockFlag(false) {}
+
+VornCriticalSectionObject::VornCriticalSectionObject(bool lockFlag) : m_pLock(nullptr), m_bLockFlag(lockFlag) {}
+
+VornCriticalSectionObject::VornCriticalSectionObject(const VornCriticalSectionObject& other)
+    : m_pLock(nullptr), m_bLockFlag(other.m_bLockFlag)
+{
+    shareLockOf(other);
+}
+
+VornCriticalSectionObject& VornCriticalSectionObject::operator=(const VornCriticalSectionObject& other)
+{
+    if (this != &other) {
+        delete m_pLock.exchange(nullptr);
+        m_bLockFlag = other.m_bLockFlag;
+        shareLockOf(other);
+    }
+    return *this;
+}
+
+VornCriticalSectionObject::~VornCriticalSectionObject()
+{
+    delete m_pLock.load(std::memory_order_acquire);
+}
+
+void VornCriticalSectionObject::shareLockOf(const VornCriticalSectionObject& other)
+{
+    const LockHolder* source = other.m_pLock.load(std::memory_order_acquire);
+    if (source != nullptr) {
+        m_pLock.store(new LockHolder(*source), std::memory_order_release);
+    }
+}
+
+void VornCriticalSectionObject::init()
+{
+    if (m_pLock.load(std::memory_order_acquire) != nullptr) {
+        return;
+    }
+    // The global section guards the first use of all the others, so it
+    // cannot guard its own.
+    if (this == g_pCriticalSection) {
+        m_pLock.store(new LockHolder(new LockImplementation(m_bLockFlag)), std::memory_order_release);
+        return;
+    }
+    VornCriticalSection guard(*g_pCriticalSection, true);
+    if (m_pLock.load(std::memory_order_relaxed) == nullptr) {
+        m_pLock.store(new LockHolder(new LockImplementation(m_bLockFlag)), std::memory_order_release);
+    }
+}
+
+void VornCriticalSectionObject::lock()
+{
+    init();
+    (*m_pLock.load(std::memory_order_acquire))->lock();
+}
+
+void VornCriticalSectionObject::unlock()
+{
+    init();
+    (*m_pLock.load(std::memory_order_acquire))->unlock();
+}
+
+bool VornCriticalSectionObject::testAndSet()
+{
+    init();
+    return (*m_pLock.load(std::memory_order_acquire))->testAndSet();
+}
+
+void VornCriticalSectionObject::unwind()
+{
+    init();
+    (*m_pLock.load(std::memory_order_acquire))->unwind();
+}
+
+int VornCriticalSectionObject::lockCount()
+{
+    init();
+    return (*m_pLock.load(std::memory_order_acquire))->lockCount();
+}
+
+// ---------------------------------------------------------------------------
+// VornMutexObject
+
+VornMutexObject::VornMutexObject() : VornCriticalSectionObject(false) {}
+
+VornMutexObject::~VornMutexObject() = default;
+
+// ---------------------------------------------------------------------------
+// VornCriticalSection
+
+VornCriticalSection::VornCriticalSection(VornCriticalSectionObject& section, bool lockNow)
+    : m_pObject(&section), m_bLocked(false)
+{
+    if (lockNow) {
+        lock();
+    }
+}
+
+VornCriticalSection::~VornCriticalSection()
+{
+    unlock();
+}
+
+}  // namespace VornSupport

@@ -1,0 +1,336 @@
+#include <vsupt/VornLogging.h>
+#include <vsupt/VornCriticalSection.h>
+#include <vsupt/VornLocaleFactory.h>
+#include <vsupt/VornStringUtilities.h>
+
+#include <pthread.h>
+
+#include <cstring>
+#include <ctime>
+
+namespace VornSupport {
+
+namespace {
+
+// Scratch space for number items. Only the thread that has just been granted
+// the logger's lock writes it.
+char g_szLogBuf[8192];
+
+const int kAllCategoriesLevel = 9;
+
+// The local time of the record's prefix, as broken-down calendar fields.
+std::tm localNow()
+{
+    const std::time_t now = std::time(nullptr);
+    std::tm fields{};
+    localtime_r(&now, &fields);
+    return fields;
+}
+
+int currentThreadTag()
+{
+    return static_cast<int>(pthread_self());
+}
+
+}  // namespace
+
+VornLogging* VornLogging::m_pInstance = nullptr;
+
+// ---------------------------------------------------------------------------
+// Construction and configuration
+
+VornLogging::VornLogging() : VornLogging("log", TargetStdout, -1) {}
+
+VornLogging::VornLogging(const std::string& fileName, int target, int level)
+    : m_target(target),
+      m_logLevel(level),
+      m_currentLevel(kAllCategoriesLevel),
+      m_pFile(nullptr),
+      m_fileName(fileName),
+      m_bPrefix(true)
+{
+    startLogging();
+}
+
+VornLogging::~VornLogging()
+{
+    if (m_pInstance == this) {
+        m_pInstance = nullptr;
+    }
+    VornLogging::stopLogging(0);
+}
+
+void VornLogging::setInstance(VornLogging& logger)
+{
+    m_pInstance = &logger;
+}
+
+void VornLogging::setTarget(int target)
+{
+    if (target == m_target) {
+        return;
+    }
+    stopLogging(target);
+    m_target = target;
+    startLogging();
+}
+
+int VornLogging::getTarget() const
+{
+    return m_target;
+}
+
+void VornLogging::setLogLevel(const std::string& category, int level)
+{
+    if (level < -1 || level > 9) {
+        return;
+    }
+    m_categoryLevels[category] = level;
+}
+
+int VornLogging::getLogLevel(const std::string& category) const
+{
+    const auto found = m_categoryLevels.find(category);
+    return found != m_categoryLevels.end() ? found->second : m_logLevel;
+}
+
+void VornLogging::setCurrentLevel(int level)
+{
+    setCurrentLevel(std::string(), level);
+}
+
+void VornLogging::setCurrentLevel(const std::string& category, int level)
+{
+    VornCriticalSection guard(m_lock, true);
+    if (level >= -1) {
+        m_category = category;
+        m_currentLevel = level;
+    }
+}
+
+void VornLogging::startLogging() {}
+
+void VornLogging::stopLogging(int) {}
+
+// ---------------------------------------------------------------------------
+// Records
+
+bool VornLogging::getLogAccess()
+{
+    m_lock.lock();
+    if (m_logLevel < m_currentLevel) {
+        m_lock.unlock();
+        return false;
+    }
+    return true;
+}
+
+void VornLogging::endrecord()
+{
+    if (!m_lock.testAndSet()) {
+        return;
+    }
+    int level = m_logLevel;
+    std::string name = "Global";
+    if (!m_category.empty()) {
+        const auto found = m_categoryLevels.find(m_category);
+        if (found != m_categoryLevels.end()) {
+            level = found->second;
+        }
+        name = m_category;
+    }
+    // A refused record keeps its text for the next one that goes out.
+    if (level >= m_currentLevel || m_currentLevel == 0) {
+        writeRecord(name);
+    }
+    m_currentLevel = kAllCategoriesLevel;
+    m_category.clear();
+    m_lock.unwind();
+}
+
+void VornLogging::writeRecord(const std::string& category)
+{
+    const std::string text = m_stream.str();
+    if (text.empty()) {
+        return;
+    }
+    char prefix[8192];
+    prefix[0] = '\0';
+    if (m_bPrefix && m_currentLevel != 0) {
+        const std::tm now = localNow();
+        std::snprintf(prefix, sizeof prefix, "%04d%02d%02d_%02d:%02d:%02d %d %-10s [%d] ", now.tm_year + 1900,
+                      now.tm_mon + 1, now.tm_mday, now.tm_hour, now.tm_min, now.tm_sec, m_currentLevel,
+                      category.c_str(), currentThreadTag());
+    }
+    if ((m_target & TargetFile) != 0 && m_pFile != nullptr) {
+        std::fprintf(m_pFile, "%s%s\n", prefix, text.c_str());
+        std::fflush(m_pFile);
+    }
+    if ((m_target & TargetStdout) != 0) {
+        std::fprintf(stdout, "%s%s\n", prefix, text.c_str());
+        std::fflush(stdout);
+    }
+    m_stream.str(std::string());
+}
+
+// ---------------------------------------------------------------------------
+// Items
+
+void VornLogging::appendText(const char* text, std::size_t length)
+{
+    m_stream.write(text, static_cast<std::streamsize>(length));
+}
+
+template <class T>
+VornLogging& VornLogging::appendFormatted(const char* format, T value)
+{
+    if (getLogAccess()) {
+        std::snprintf(g_szLogBuf, sizeof g_szLogBuf, format, value);
+        appendText(g_szLogBuf, std::strlen(g_szLogBuf));
+    }
+    return *this;
+}
+
+VornLogging& VornLogging::operator<<(bool value)
+{
+    if (getLogAccess()) {
+        m_stream << (value ? "true" : "false");
+    }
+    return *this;
+}
+
+VornLogging& VornLogging::operator<<(char value)
+{
+    return appendFormatted("%c", value);
+}
+
+VornLogging& VornLogging::operator<<(short value)
+{
+    return appendFormatted("%d", static_cast<int>(value));
+}
+
+VornLogging& VornLogging::operator<<(unsigned short value)
+{
+    return appendFormatted("%u", static_cast<unsigned int>(value));
+}
+
+VornLogging& VornLogging::operator<<(int value)
+{
+    return appendFormatted("%d", value);
+}
+
+VornLogging& VornLogging::operator<<(unsigned int value)
+{
+    return appendFormatted("%u", value);
+}
+
+VornLogging& VornLogging::operator<<(long value)
+{
+    return appendFormatted("%ld", value);
+}
+
+VornLogging& VornLogging::operator<<(unsigned long value)
+{
+    return appendFormatted("%lu", value);
+}
+
+VornLogging& VornLogging::operator<<(float value)
+{
+    return appendFormatted("%f", static_cast<double>(value));
+}
+
+VornLogging& VornLogging::operator<<(double value)
+{
+    return appendFormatted("%f", value);
+}
+
+VornLogging& VornLogging::operator<<(const void* value)
+{
+    return appendFormatted("%p", value);
+}
+
+VornLogging& VornLogging::operator<<(const char* text)
+{
+    if (getLogAccess()) {
+        if (text == nullptr) {
+            m_stream.setstate(std::ios::badbit);
+        } else {
+            appendText(text, std::strlen(text));
+        }
+    }
+    return *this;
+}
+
+VornLogging& VornLogging::operator<<(const std::string& text)
+{
+    if (getLogAccess()) {
+        appendText(text.data(), text.size());
+    }
+    return *this;
+}
+
+VornLogging& VornLogging::operator<<(const ci_string& text)
+{
+    return *this << std::string(text.data(), text.size());
+}
+
+VornLogging& VornLogging::operator<<(const std::wstring& text)
+{
+    return *this << VornStringUtilities::narrow(text, VornLocaleFactory::getDefaultLocale(true));
+}
+
+VornLogging& VornLogging::operator<<(const ci_wstring& text)
+{
+    return *this << std::wstring(text.c_str());
+}
+
+VornLogging& VornLogging::operator<<(VornLogging& (*manipulator)(VornLogging&))
+{
+    return manipulator(*this);
+}
+
+// ---------------------------------------------------------------------------
+// Manipulators
+
+VornSetLogLevelManipulator::VornSetLogLevelManipulator(Function function, int level)
+    : m_function(function), m_level(level)
+{
+}
+
+VornSetLogLevelManipulator::VornSetLogLevelManipulator(Function function, const std::string& category, int level)
+    : m_function(function), m_category(category), m_level(level)
+{
+}
+
+VornSetLogLevelManipulator::VornSetLogLevelManipulator(const VornSetLogLevelManipulator& other) = default;
+
+VornSetLogLevelManipulator::~VornSetLogLevelManipulator() = default;
+
+VornSetLogLevelManipulator setloglevel(int level)
+{
+    return VornSetLogLevelManipulator(__setloglevel, level);
+}
+
+VornSetLogLevelManipulator setloglevel(const std::string& category, int level)
+{
+    return VornSetLogLevelManipulator(__setloglevel, category, level);
+}
+
+VornLogging& __setloglevel(VornLogging& logger, const std::string& category, int level)
+{
+    logger.setCurrentLevel(category, level);
+    return logger;
+}
+
+VornLogging& operator<<(VornLogging& logger, const VornSetLogLevelManipulator& manipulator)
+{
+    return manipulator.m_function(logger, manipulator.m_category, manipulator.m_level);
+}
+
+VornLogging& endrecord(VornLogging& logger)
+{
+    logger.endrecord();
+    return logger;
+}
+
+}  // namespace VornSupport

@@ -1,0 +1,124 @@
+// The library's logger.
+//
+// A program makes one VornLogging, installs it with setInstance, and from
+// then on the library and the program write records to it in stream style:
+//
+//     if (VornLogging::isAccessAllowed() && VornLogging::getInstance()->getLogLevel() >= 5) {
+//         *VornLogging::getInstance() << setloglevel("net", 5) << "sent " << bytes << endrecord;
+//     }
+//
+// The guard costs a disabled call site one load and a compare. A record
+// holds the logger's lock (m_lock) from its first granted item to endrecord,
+// one recursion level per item, so records of different threads never mix;
+// endrecord never waits. The logger's own level decides whether items are
+// taken at all; a category's level can only narrow that at the end of the
+// record, and the text of a refused record stays in the stream and goes out
+// in front of the next record that is written. Finished records are lines
+// of the form "YYYYMMDD_HH:MM:SS level category [thread] text", written to
+// the targets chosen by bits: 1 the log file, 2 stdout.
+//
+// setInstance, setTarget, setLogLevel and getLogLevel take no lock: a
+// program calls them at quiet moments, at start-up above all.
+#ifndef VSUPT_VORNLOGGING_H
+#define VSUPT_VORNLOGGING_H
+
+#include <vsupt/VsuptExport.h>
+#include <vsupt/VornCriticalSectionObject.h>
+#include <vsupt/VornSetLogLevelManipulator.h>
+#include <vsupt/char_traits_ci.h>
+
+#include <cstdio>
+#include <map>
+#include <sstream>
+#include <string>
+
+namespace VornSupport {
+
+class VSUPT_API VornLogging {
+public:
+    // Target bits.
+    enum { TargetFile = 1, TargetStdout = 2 };
+
+    // Target stdout, logging off (level -1), file name "log".
+    VornLogging();
+    VornLogging(const std::string& fileName, int target, int level);
+    virtual ~VornLogging();
+
+    VornLogging(const VornLogging&) = delete;
+    VornLogging& operator=(const VornLogging&) = delete;
+
+    // Installs the process-wide logger; the logger is not owned.
+    static void setInstance(VornLogging& logger);
+    static VornLogging* getInstance() { return m_pInstance; }
+    // A logger is installed and its level is 0 or more.
+    static bool isAccessAllowed() { return m_pInstance != nullptr && m_pInstance->m_logLevel >= 0; }
+
+    void setTarget(int target);
+    int getTarget() const;
+    // Levels outside -1 to 9 are ignored.
+    void setLogLevel(const std::string& category, int level);
+    // The category's level, or the logger's if the category has none.
+    int getLogLevel(const std::string& category) const;
+    int getLogLevel() const { return m_logLevel; }
+    void setCurrentLevel(int level);
+    // Levels below -1 are ignored; there is no upper limit.
+    void setCurrentLevel(const std::string& category, int level);
+
+    VornLogging& operator<<(bool value);
+    VornLogging& operator<<(char value);
+    VornLogging& operator<<(short value);
+    VornLogging& operator<<(unsigned short value);
+    VornLogging& operator<<(int value);
+    VornLogging& operator<<(unsigned int value);
+    VornLogging& operator<<(long value);
+    VornLogging& operator<<(unsigned long value);
+    VornLogging& operator<<(float value);
+    VornLogging& operator<<(double value);
+    VornLogging& operator<<(const void* value);
+    // A null pointer spoils the stream: every later item is lost.
+    VornLogging& operator<<(const char* text);
+    VornLogging& operator<<(const std::string& text);
+    VornLogging& operator<<(const ci_string& text);
+    VornLogging& operator<<(const std::wstring& text);
+    VornLogging& operator<<(const ci_wstring& text);
+    VornLogging& operator<<(VornLogging& (*manipulator)(VornLogging&));
+
+    // Takes one level of m_lock for an item, or refuses it (and keeps no
+    // lock) when the record's level is above the logger's.
+    bool getLogAccess();
+    // Writes the record if its category lets it through and gives back every
+    // level of m_lock. Does nothing if another thread is inside a record.
+    void endrecord();
+
+    virtual void startLogging();
+    virtual void stopLogging(int newTarget);
+
+private:
+    void appendText(const char* text, std::size_t length);
+    template <class T>
+    VornLogging& appendFormatted(const char* format, T value);
+    void writeRecord(const std::string& category);
+
+    int m_target;
+    int m_logLevel;
+    std::string m_category;
+    int m_currentLevel;
+    std::ostringstream m_stream;
+    FILE* m_pFile;
+    VornCriticalSectionObject m_lock;
+    std::map<std::string, int> m_categoryLevels;
+    std::string m_fileName;
+    bool m_bPrefix;
+
+    static VornLogging* m_pInstance;
+};
+
+VSUPT_API VornSetLogLevelManipulator setloglevel(int level);
+VSUPT_API VornSetLogLevelManipulator setloglevel(const std::string& category, int level);
+VSUPT_API VornLogging& __setloglevel(VornLogging& logger, const std::string& category, int level);
+VSUPT_API VornLogging& operator<<(VornLogging& logger, const VornSetLogLevelManipulator& manipulator);
+VSUPT_API VornLogging& endrecord(VornLogging& logger);
+
+}  // namespace VornSupport
+
+#endif

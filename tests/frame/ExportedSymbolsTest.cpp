@@ -1,1 +1,82 @@
+// The library's boundary is its dynamic symbol table: the public classes and
+// functions are there, the implementation classes are not.
 #include <gtest/gtest.h>
+
+#include <cstdio>
+#include <string>
+
+namespace {
+
+std::string exportedSymbols()
+{
+    const std::string command = std::string("nm -DC --defined-only '") + VSUPT_LIBRARY_FILE + "'";
+    std::string symbols;
+    if (FILE* pipe = popen(command.c_str(), "r")) {
+        char buffer[4096];
+        std::size_t length;
+        while ((length = fread(buffer, 1, sizeof buffer, pipe)) > 0) {
+            symbols.append(buffer, length);
+        }
+        pclose(pipe);
+    }
+    return symbols;
+}
+
+bool exports(const std::string& symbols, const std::string& name)
+{
+    return symbols.find(" " + name) != std::string::npos;
+}
+
+}  // namespace
+
+TEST(ExportedSymbolsTest, ThePublicInterfaceIsExported)
+{
+    const std::string symbols = exportedSymbols();
+    ASSERT_FALSE(symbols.empty());
+    const char* names[] = {
+        "ModuleData::entry()",
+        "ModuleData::exit()",
+        "ModuleData::m_pHead",
+        "ModuleDataControl::ModuleDataControl()",
+        "Module::attach()",
+        "g_ModuleData",
+        "VornSupport::VSUPTInitVornObjectBase()",
+        "VornSupport::VSUPTInitVornThread()",
+        "VornSupport::VSUPTInitVornLogging()",
+        "VornSupport::VSUPTInitVornTimer()",
+        "VornSupport::VSUPTInitVornLoggingTimer()",
+        "VornSupport::VSUPTFinitVornLoggingTimer()",
+        "VornSupport::VSUPTFinitVornTimer()",
+        "VornSupport::VSUPTFinitVornLogging()",
+        "VornSupport::VSUPTFinitVornThread()",
+        "VornSupport::VSUPTFinitVornObjectBase()",
+        "VornSupport::g_pCriticalSection",
+        "VornSupport::VornObjectBase::addRef()",
+        "VornSupport::VornObjectBase::release()",
+        "VornSupport::VornObjectBase::normalizeClassName(",
+        "typeinfo for VornSupport::VornObjectBase",
+        "VornSupport::VornCriticalSectionObject::lock()",
+        "VornSupport::VornCriticalSectionObject::testAndSet()",
+        "VornSupport::VornCriticalSectionObject::unwind()",
+        "VornSupport::VornMutexObject::VornMutexObject()",
+        "VornSupport::VornCriticalSection::VornCriticalSection(",
+        "VornCriticalSectionRecoverFn(void*)",
+        "VornSupport::VornLogging::endrecord()",
+        "VornSupport::VornLogging::m_pInstance",
+        "VornSupport::setloglevel(int)",
+        "VornSupport::endrecord(VornSupport::VornLogging&)",
+        "VornSupport::operator<<(VornSupport::VornLogging&, VornSupport::VornSetLogLevelManipulator const&)",
+    };
+    for (const char* name : names) {
+        EXPECT_TRUE(exports(symbols, name)) << name;
+    }
+}
+
+TEST(ExportedSymbolsTest, ImplementationClassesStayInside)
+{
+    const std::string symbols = exportedSymbols();
+    ASSERT_FALSE(symbols.empty());
+    for (const char* name : {"LockImplementation::", "LockThreadStorage::", "LockBase::"}) {
+        EXPECT_FALSE(exports(symbols, name)) << name;
+    }
+}

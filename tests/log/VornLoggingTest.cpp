@@ -2,7 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include <regex>
+#include <cctype>
+#include <cstdio>
 #include <string>
 #include <thread>
 #include <vector>
@@ -30,6 +31,39 @@ std::string textOf(const std::string& line)
     return bracket == std::string::npos ? line : line.substr(bracket + 2);
 }
 
+bool isDigitRun(const std::string& text, std::size_t from, std::size_t count)
+{
+    if (from + count > text.size()) {
+        return false;
+    }
+    for (std::size_t i = from; i < from + count; ++i) {
+        if (!std::isdigit(static_cast<unsigned char>(text[i]))) {
+            return false;
+        }
+    }
+    return true;
+}
+
+// Checks "YYYYMMDD_HH:MM:SS <head>[thread] <text>", where the thread is a
+// possibly negative number.
+bool hasLineFormat(const std::string& line, const std::string& head, const std::string& text)
+{
+    const bool stamp = isDigitRun(line, 0, 8) && line[8] == '_' && isDigitRun(line, 9, 2) && line[11] == ':' &&
+                       isDigitRun(line, 12, 2) && line[14] == ':' && isDigitRun(line, 15, 2) && line[17] == ' ';
+    if (!stamp || line.compare(18, head.size() + 1, head + "[") != 0) {
+        return false;
+    }
+    std::size_t pos = 18 + head.size() + 1;
+    if (pos < line.size() && line[pos] == '-') {
+        ++pos;
+    }
+    const std::size_t digits = pos;
+    while (pos < line.size() && std::isdigit(static_cast<unsigned char>(line[pos]))) {
+        ++pos;
+    }
+    return pos > digits && line.compare(pos, std::string::npos, "] " + text) == 0;
+}
+
 class VornLoggingTest : public ::testing::Test {
 protected:
     void SetUp() override { VornLogging::setInstance(m_logger); }
@@ -52,8 +86,7 @@ TEST_F(VornLoggingTest, WritesTheLineWithDateTimeLevelCategoryAndThread)
 {
     const auto lines = captured([](VornLogging& log) { log << setloglevel(5) << "hello " << 42 << endrecord; });
     ASSERT_EQ(lines.size(), 1u);
-    const std::regex format(R"(\d{8}_\d\d:\d\d:\d\d 5 Global     \[-?\d+\] hello 42)");
-    EXPECT_TRUE(std::regex_match(lines[0], format)) << lines[0];
+    EXPECT_TRUE(hasLineFormat(lines[0], "5 Global     ", "hello 42")) << lines[0];
 }
 
 TEST_F(VornLoggingTest, RefusesRecordsAboveTheLoggersLevel)
@@ -233,9 +266,15 @@ TEST_F(VornLoggingTest, RecordsOfSeveralThreadsNeverMix)
         }
     });
     ASSERT_EQ(lines.size(), 4u * perThread);
-    const std::regex whole(R"(w(\d) a(\d+) b\2 c\2)");
     for (const auto& line : lines) {
-        EXPECT_TRUE(std::regex_match(textOf(line), whole)) << line;
+        int writer = -1;
+        int a = -1;
+        int b = -2;
+        int c = -3;
+        int end = 0;
+        const std::string text = textOf(line);
+        std::sscanf(text.c_str(), "w%d a%d b%d c%d%n", &writer, &a, &b, &c, &end);
+        EXPECT_TRUE(a == b && b == c && end == static_cast<int>(text.size())) << line;
     }
 }
 

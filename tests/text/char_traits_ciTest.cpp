@@ -1,0 +1,71 @@
+#include <vsupt/char_traits_ci.h>
+
+#include <gtest/gtest.h>
+
+#include <clocale>
+#include <map>
+#include <string>
+
+namespace {
+
+// Folding follows the C library's locale; the tests pin it to "C".
+class char_traits_ciTest : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        m_saved = std::setlocale(LC_ALL, nullptr);
+        std::setlocale(LC_ALL, "C");
+    }
+
+    void TearDown() override { std::setlocale(LC_ALL, m_saved.c_str()); }
+
+private:
+    std::string m_saved;
+};
+
+}  // namespace
+
+TEST_F(char_traits_ciTest, FindIgnoresCaseAndFindsNothingFromTheEnd)
+{
+    const ci_string text("ABC");
+    EXPECT_EQ(text.find('b', 0), 1u);
+    EXPECT_EQ(text.find('b', 2), ci_string::npos);
+    EXPECT_EQ(text.find('b', 3), ci_string::npos);
+    EXPECT_EQ(ci_string("Hello World").find("WORLD"), 6u);
+    EXPECT_EQ(ci_wstring(L"ABC").find(L'b', 0), 1u);
+    EXPECT_EQ(ci_wstring(L"ABC").find(L'b', 3), ci_wstring::npos);
+}
+
+TEST_F(char_traits_ciTest, KeysDifferingInCaseAreOneMapEntry)
+{
+    std::map<ci_string, int> narrow;
+    narrow["Key"] = 1;
+    narrow["KEY"] = 2;
+    ASSERT_EQ(narrow.size(), 1u);
+    EXPECT_STREQ(narrow.begin()->first.c_str(), "Key");
+    EXPECT_EQ(narrow.begin()->second, 2);
+
+    std::map<ci_wstring, int> wide;
+    wide[L"Key"] = 1;
+    wide[L"kEY"] = 2;
+    EXPECT_EQ(wide.size(), 1u);
+}
+
+TEST_F(char_traits_ciTest, TheFoldedPrefixDecidesThenTheShorterSortsFirst)
+{
+    EXPECT_EQ(ci_string("Hello"), ci_string("hELLO"));
+    EXPECT_LT(ci_string("abc"), ci_string("ABD"));
+    EXPECT_LT(ci_string("AB"), ci_string("abc"));
+    EXPECT_GT(ci_string("b"), ci_string("ABC"));
+    EXPECT_LT(ci_wstring(L"AB"), ci_wstring(L"abc"));
+    EXPECT_TRUE(char_traits_ci<char>::eq('A', 'a'));
+    EXPECT_TRUE(char_traits_ci<wchar_t>::lt(L'a', L'B'));
+}
+
+TEST_F(char_traits_ciTest, AHighByteSortsBelowAsciiButAHighWideCharacterDoesNot)
+{
+    EXPECT_LT(ci_string("\xe9").compare("a"), 0);
+    EXPECT_TRUE(char_traits_ci<char>::lt('\xe9', 'a'));
+    EXPECT_GT(ci_wstring(L"\u00e9").compare(L"a"), 0);
+    EXPECT_FALSE(char_traits_ci<wchar_t>::lt(L'\u00e9', L'a'));
+}

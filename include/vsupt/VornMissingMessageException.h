@@ -1,0 +1,25 @@
+// Reports a message that a message set does not hold. The library does not
+// throw it itself; it is there for the programs that use it.
+//
+// The text is "VornMissingMessageException - Missing " followed by the text
+// given to the constructor; the code is 0. Like every VornException it
+// belongs to the thread that handles it and takes no lock.
+#ifndef VSUPT_VORNMISSINGMESSAGEEXCEPTION_H
+#define VSUPT_VORNMISSINGMESSAGEEXCEPTION_H
+
+#include <vsupt/VsuptExport.h>
+#include <vsupt/VornException.h>
+
+#include <string>
+
+namespace VornSupport {
+
+class VSUPT_API VornMissingMessageException : public VornException {
+public:
+    explicit VornMissingMessageException(const std::string& text);
+    ~VornMissingMessageException() override;
+};
+
+}  // namespace VornSupport
+
+#endif

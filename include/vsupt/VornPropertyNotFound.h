@@ -1,0 +1,34 @@
+// Reports a property name that a property store does not hold.
+//
+// The text is "Property not found: " followed by the name, with code 0; the
+// default constructor leaves the text empty. A wide name is narrowed with
+// the library's default locale on its way in, so a character that locale
+// cannot represent arrives as a blank. A case-insensitive name counts up to
+// its first NUL. Like every VornException it belongs to the thread that
+// handles it and takes no lock.
+#ifndef VSUPT_VORNPROPERTYNOTFOUND_H
+#define VSUPT_VORNPROPERTYNOTFOUND_H
+
+#include <vsupt/VsuptExport.h>
+#include <vsupt/VornException.h>
+#include <vsupt/char_traits_ci.h>
+
+#include <string>
+
+namespace VornSupport {
+
+class VSUPT_API VornPropertyNotFound : public VornException {
+public:
+    VornPropertyNotFound();
+    explicit VornPropertyNotFound(const std::string& name);
+    explicit VornPropertyNotFound(const ci_string& name);
+    explicit VornPropertyNotFound(const std::wstring& name);
+    explicit VornPropertyNotFound(const ci_wstring& name);
+    VornPropertyNotFound(const VornPropertyNotFound& other);
+    VornPropertyNotFound& operator=(const VornPropertyNotFound& other);
+    ~VornPropertyNotFound() override;
+};
+
+}  // namespace VornSupport
+
+#endif

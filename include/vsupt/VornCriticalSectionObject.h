@@ -12,15 +12,102 @@
 // it finds, whatever the recursion depth, so a killed holder never leaves a
 // lock taken. All operations may run on any thread; unlock by a thread that
 // does not own the lock does nothing.
+//
+// The real lock, LockImplementation, stands here beside its section because
+// callers take and give back recursion levels inline: a level taken by the
+// owner costs a compare and a count, with no call at all. Everything else
+// happens inside the library.
 #ifndef VSUPT_VORNCRITICALSECTIONOBJECT_H
 #define VSUPT_VORNCRITICALSECTIONOBJECT_H
 
 #include <vsupt/VsuptExport.h>
+#include <vsupt/VornObjectBase.h>
 #include <vsupt/VornSmartPointer.h>
 
-#include <atomic>
+#include <pthread.h>
 
-class LockImplementation;
+#include <atomic>
+#include <cstdint>
+
+// Counts without any lock: the section that guards the library's counts is
+// itself made of a LockImplementation, so the root's counting would recurse.
+// LockBase and LockImplementation are exported because callers' inline code
+// refers to them, and their type information must be one across the
+// library's boundary.
+class VSUPT_API LockBase : public VornSupport::VornObjectBase {
+public:
+    ~LockBase() override;
+    long addRef() override;
+    long release() override;
+};
+
+// A recursive lock by owner and count over a plain mutex, one for each
+// distinct section. The fields are written only by the thread that holds
+// the mutex; m_owner may be read by anyone, since it can equal a thread only
+// if that thread put it there.
+class VSUPT_API LockImplementation : public LockBase {
+public:
+    explicit LockImplementation(bool lockFlag);
+    ~LockImplementation() override;
+
+    void lock();
+    void unlock();
+    bool testAndSet();
+    // Gives back every level; the caller must own the lock.
+    void unwind();
+    int lockCount() const { return m_nLockCount.load(std::memory_order_relaxed); }
+
+    // Adds a level if the calling thread holds the lock already.
+    bool relockByOwner()
+    {
+        if (!heldByCaller()) {
+            return false;
+        }
+        setCount(lockCount() + 1);
+        return true;
+    }
+
+    // Gives back a level if the calling thread holds the lock more than once,
+    // so that the lock stays held.
+    bool unlockInnerLevel()
+    {
+        if (!heldByCaller() || lockCount() < 2) {
+            return false;
+        }
+        setCount(lockCount() - 1);
+        return true;
+    }
+
+    // Frees every lock on the calling thread's list.
+    static void recoverHeldLocks();
+
+private:
+    // On x86-64 glibc, pthread_self() is the thread pointer itself, so the
+    // owner test needs no call. Elsewhere the inline path always declines and
+    // the library decides with pthread_self().
+    bool heldByCaller() const
+    {
+#if defined(__x86_64__) && defined(__GLIBC__)
+        return m_owner.load(std::memory_order_relaxed) == reinterpret_cast<pthread_t>(__builtin_thread_pointer());
+#else
+        return false;
+#endif
+    }
+
+    bool ownedBy(pthread_t thread) const { return m_owner.load(std::memory_order_relaxed) == thread; }
+    void setCount(int count) { m_nLockCount.store(count, std::memory_order_relaxed); }
+    bool giveBackOneLevel();
+    void takeOwnership(pthread_t self, int count);
+    void releaseOwnership();
+    void pushOnThreadList();
+    void takeOffThreadList();
+
+    pthread_mutex_t m_mutex;
+    std::atomic<pthread_t> m_owner;
+    LockImplementation* m_pNext;  // the lock this thread took before this one
+    LockImplementation* m_pPrev;  // the lock this thread took after this one
+    std::atomic<int32_t> m_nLockCount;
+};
 
 namespace VornSupport {
 
@@ -33,8 +120,22 @@ public:
     VornCriticalSectionObject& operator=(const VornCriticalSectionObject& other);
     ~VornCriticalSectionObject();
 
-    void lock();
-    void unlock();
+    void lock()
+    {
+        LockHolder* holder = m_pLock.load(std::memory_order_acquire);
+        if (holder == nullptr || !(*holder)->relockByOwner()) {
+            lockFirstLevel();
+        }
+    }
+
+    void unlock()
+    {
+        LockHolder* holder = m_pLock.load(std::memory_order_acquire);
+        if (holder == nullptr || !(*holder)->unlockInnerLevel()) {
+            unlockLastLevel();
+        }
+    }
+
     // Takes the lock if it is free or already ours; never waits.
     bool testAndSet();
     // Gives back every recursion level at once. The caller must own the lock;
@@ -46,9 +147,15 @@ public:
     void init();
 
 private:
-    void shareLockOf(const VornCriticalSectionObject& other);
+    using LockHolder = VornSmartPointer<LockImplementation>;
 
-    std::atomic<VornSmartPointer<LockImplementation>*> m_pLock;
+    void lockFirstLevel();
+    void unlockLastLevel();
+    void shareLockOf(const VornCriticalSectionObject& other);
+    void createLock();
+    LockImplementation& implementation();
+
+    std::atomic<LockHolder*> m_pLock;
     bool m_bLockFlag;
 };
 

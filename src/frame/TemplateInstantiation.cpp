@@ -1,8 +1,7 @@
 // The smart pointer instantiations the library itself uses.
 #include <vsupt/VornObjectBase.h>
 #include <vsupt/VornSmartPointer.h>
-
-#include "sync/LockImplementation.h"
+#include <vsupt/VornCriticalSectionObject.h>
 
 namespace VornSupport {
 

@@ -2,8 +2,6 @@
 #include <vsupt/VornCriticalSectionObject.h>
 #include <vsupt/VornMutexObject.h>
 
-#include "sync/LockImplementation.h"
-
 #include <cerrno>
 #include <cstring>
 
@@ -11,6 +9,19 @@ using VornSupport::g_pCriticalSection;
 
 // ---------------------------------------------------------------------------
 // LockThreadStorage
+
+// Owner of the key whose per-thread value is the head of the thread's list
+// of held locks (the lock taken last). The key is never deleted.
+class LockThreadStorage {
+public:
+    LockThreadStorage();
+    ~LockThreadStorage();
+
+    static void createKey();
+
+    static pthread_key_t m_mutexListKey;
+    static bool m_keyCreated;
+};
 
 pthread_key_t LockThreadStorage::m_mutexListKey;
 bool LockThreadStorage::m_keyCreated = false;
@@ -81,14 +92,14 @@ LockImplementation::~LockImplementation()
     pthread_mutex_destroy(&m_mutex);
 }
 
-void LockImplementation::takeOwnership(int count)
+inline void LockImplementation::takeOwnership(pthread_t self, int count)
 {
     setCount(count);
-    m_owner.store(pthread_self(), std::memory_order_relaxed);
+    m_owner.store(self, std::memory_order_relaxed);
     pushOnThreadList();
 }
 
-void LockImplementation::pushOnThreadList()
+inline void LockImplementation::pushOnThreadList()
 {
     LockImplementation* head = heldLocksHead();
     if (head != nullptr) {
@@ -99,7 +110,9 @@ void LockImplementation::pushOnThreadList()
     m_pPrev = nullptr;
 }
 
-void LockImplementation::takeOffThreadList()
+// Only a lock at the head of the list changes the key; one released out of
+// order is unlinked from its neighbours alone.
+inline void LockImplementation::takeOffThreadList()
 {
     if (m_pNext != nullptr) {
         m_pNext->m_pPrev = m_pPrev;
@@ -115,7 +128,7 @@ void LockImplementation::takeOffThreadList()
 
 // The bookkeeping comes before the mutex is let go, so that only the holder
 // ever touches the fields.
-void LockImplementation::releaseOwnership()
+inline void LockImplementation::releaseOwnership()
 {
     m_owner.store(0, std::memory_order_relaxed);
     takeOffThreadList();
@@ -124,16 +137,38 @@ void LockImplementation::releaseOwnership()
 
 void LockImplementation::lock()
 {
-    if (!ownedByCaller()) {
-        pthread_mutex_lock(&m_mutex);
-        takeOwnership(0);
+    const pthread_t self = pthread_self();
+    if (ownedBy(self)) {
+        setCount(lockCount() + 1);
+        return;
     }
-    setCount(lockCount() + 1);
+    pthread_mutex_lock(&m_mutex);
+    takeOwnership(self, 1);
+}
+
+void LockImplementation::unlock()
+{
+    if (ownedBy(pthread_self())) {
+        giveBackOneLevel();
+    }
+}
+
+// Returns true when that was the last level and the lock is free now.
+bool LockImplementation::giveBackOneLevel()
+{
+    const int count = lockCount() - 1;
+    setCount(count);
+    if (count != 0) {
+        return false;
+    }
+    releaseOwnership();
+    return true;
 }
 
 bool LockImplementation::testAndSet()
 {
-    if (ownedByCaller()) {
+    const pthread_t self = pthread_self();
+    if (ownedBy(self)) {
         setCount(lockCount() + 1);
         return true;
     }
@@ -141,29 +176,21 @@ bool LockImplementation::testAndSet()
     if (result == EBUSY || result == EINVAL) {
         return false;
     }
-    takeOwnership(1);
+    takeOwnership(self, 1);
     return true;
 }
 
-void LockImplementation::unlock()
-{
-    if (!ownedByCaller()) {
-        return;
-    }
-    setCount(lockCount() - 1);
-    if (lockCount() == 0) {
-        releaseOwnership();
-    }
-}
-
+// Each level waits until the caller owns the lock, so a caller that does not
+// hold it never returns. The count is not read again once the last level is
+// given back: by then another thread may own the lock and its levels.
 void LockImplementation::unwind()
 {
+    const pthread_t self = pthread_self();
     while (lockCount() >= 1) {
-        while (!ownedByCaller()) {
+        while (!ownedBy(self)) {
         }
-        setCount(lockCount() - 1);
-        if (lockCount() == 0) {
-            releaseOwnership();
+        if (giveBackOneLevel()) {
+            return;
         }
     }
 }
@@ -192,8 +219,6 @@ namespace VornSupport {
 
 // ---------------------------------------------------------------------------
 // VornCriticalSectionObject
-
-using LockHolder = VornSmartPointer<LockImplementation>;
 
 VornCriticalSectionObject::VornCriticalSectionObject() : m_pLock(nullptr), m_bLockFlag(false) {}
 
@@ -230,9 +255,13 @@ void VornCriticalSectionObject::shareLockOf(const VornCriticalSectionObject& oth
 
 void VornCriticalSectionObject::init()
 {
-    if (m_pLock.load(std::memory_order_acquire) != nullptr) {
-        return;
+    if (m_pLock.load(std::memory_order_acquire) == nullptr) {
+        createLock();
     }
+}
+
+void VornCriticalSectionObject::createLock()
+{
     // The global section guards the first use of all the others, so it
     // cannot guard its own.
     if (this == g_pCriticalSection) {
@@ -245,34 +274,39 @@ void VornCriticalSectionObject::init()
     }
 }
 
-void VornCriticalSectionObject::lock()
+LockImplementation& VornCriticalSectionObject::implementation()
 {
-    init();
-    (*m_pLock.load(std::memory_order_acquire))->lock();
+    LockHolder* holder = m_pLock.load(std::memory_order_acquire);
+    if (holder == nullptr) {
+        createLock();
+        holder = m_pLock.load(std::memory_order_acquire);
+    }
+    return **holder;
 }
 
-void VornCriticalSectionObject::unlock()
+void VornCriticalSectionObject::lockFirstLevel()
 {
-    init();
-    (*m_pLock.load(std::memory_order_acquire))->unlock();
+    implementation().lock();
+}
+
+void VornCriticalSectionObject::unlockLastLevel()
+{
+    implementation().unlock();
 }
 
 bool VornCriticalSectionObject::testAndSet()
 {
-    init();
-    return (*m_pLock.load(std::memory_order_acquire))->testAndSet();
+    return implementation().testAndSet();
 }
 
 void VornCriticalSectionObject::unwind()
 {
-    init();
-    (*m_pLock.load(std::memory_order_acquire))->unwind();
+    implementation().unwind();
 }
 
 int VornCriticalSectionObject::lockCount()
 {
-    init();
-    return (*m_pLock.load(std::memory_order_acquire))->lockCount();
+    return implementation().lockCount();
 }
 
 // ---------------------------------------------------------------------------

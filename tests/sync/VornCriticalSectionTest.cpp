@@ -113,6 +113,25 @@ TEST(VornCriticalSectionObjectTest, UnwindFreesAllLevelsAtOnce)
     EXPECT_EQ(section.lockCount(), 0);
 }
 
+// The last level given back lets a waiting thread in at once; unwind must
+// not go on to count that thread's levels as its own.
+TEST(VornCriticalSectionObjectTest, UnwindReturnsWhileAnotherThreadTakesTheLock)
+{
+    VornCriticalSectionObject section;
+    auto work = [&] {
+        for (int i = 0; i < 20000; ++i) {
+            section.lock();
+            section.lock();
+            section.unwind();
+        }
+    };
+    std::thread first(work);
+    std::thread second(work);
+    first.join();
+    second.join();
+    EXPECT_EQ(section.lockCount(), 0);
+}
+
 TEST(VornCriticalSectionObjectTest, KeepsOutOtherThreadsWhileHeld)
 {
     VornCriticalSectionObject section;

@@ -5,6 +5,7 @@
 
 #include <pthread.h>
 
+#include <charconv>
 #include <cstring>
 #include <ctime>
 
@@ -12,24 +13,66 @@ namespace VornSupport {
 
 namespace {
 
-// Scratch space for number items. Only the thread that has just been granted
-// the logger's lock writes it.
-char g_szLogBuf[8192];
+// Scratch space for number items. A thread writes it only while it holds the
+// lock of the logger it writes to; one buffer for each thread keeps two
+// loggers written at once from sharing it.
+thread_local char g_szLogBuf[8192];
 
 const int kAllCategoriesLevel = 9;
 
-// The local time of the record's prefix, as broken-down calendar fields.
-std::tm localNow()
+// "YYYYMMDD_HH:MM:SS" of the local time now. Records come many to a second,
+// so each thread keeps the text of the last second it formatted.
+const char* localTimeStamp()
 {
+    struct CachedStamp {
+        std::time_t second = -1;
+        char text[80] = {};
+    };
+    thread_local CachedStamp cached;
     const std::time_t now = std::time(nullptr);
-    std::tm fields{};
-    localtime_r(&now, &fields);
-    return fields;
+    if (now != cached.second) {
+        std::tm fields{};
+        localtime_r(&now, &fields);
+        std::snprintf(cached.text, sizeof cached.text, "%04d%02d%02d_%02d:%02d:%02d", fields.tm_year + 1900,
+                      fields.tm_mon + 1, fields.tm_mday, fields.tm_hour, fields.tm_min, fields.tm_sec);
+        cached.second = now;
+    }
+    return cached.text;
 }
 
 int currentThreadTag()
 {
     return static_cast<int>(pthread_self());
+}
+
+void appendNumber(std::string& line, int value)
+{
+    char digits[16];
+    const auto end = std::to_chars(digits, digits + sizeof digits, value).ptr;
+    line.append(digits, end);
+}
+
+// The prefix "YYYYMMDD_HH:MM:SS level category [thread] ", with the category
+// left-aligned in ten columns and never cut.
+void appendPrefix(std::string& line, int level, const std::string& category)
+{
+    line += localTimeStamp();
+    line += ' ';
+    appendNumber(line, level);
+    line += ' ';
+    line += category;
+    if (category.size() < 10) {
+        line.append(10 - category.size(), ' ');
+    }
+    line += " [";
+    appendNumber(line, currentThreadTag());
+    line += "] ";
+}
+
+void writeLine(FILE* stream, const std::string& line)
+{
+    std::fwrite(line.data(), 1, line.size(), stream);
+    std::fflush(stream);
 }
 
 }  // namespace
@@ -154,21 +197,19 @@ void VornLogging::writeRecord(const std::string& category)
     if (text.empty()) {
         return;
     }
-    char prefix[8192];
-    prefix[0] = '\0';
+    std::string line;
+    line.reserve(64 + text.size());
     if (m_bPrefix && m_currentLevel != 0) {
-        const std::tm now = localNow();
-        std::snprintf(prefix, sizeof prefix, "%04d%02d%02d_%02d:%02d:%02d %d %-10s [%d] ", now.tm_year + 1900,
-                      now.tm_mon + 1, now.tm_mday, now.tm_hour, now.tm_min, now.tm_sec, m_currentLevel,
-                      category.c_str(), currentThreadTag());
+        appendPrefix(line, m_currentLevel, category);
     }
+    // The text ends at its first NUL, as a C string would.
+    line.append(text.c_str());
+    line += '\n';
     if ((m_target & TargetFile) != 0 && m_pFile != nullptr) {
-        std::fprintf(m_pFile, "%s%s\n", prefix, text.c_str());
-        std::fflush(m_pFile);
+        writeLine(m_pFile, line);
     }
     if ((m_target & TargetStdout) != 0) {
-        std::fprintf(stdout, "%s%s\n", prefix, text.c_str());
-        std::fflush(stdout);
+        writeLine(stdout, line);
     }
     m_stream.str(std::string());
 }

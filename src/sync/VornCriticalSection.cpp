@@ -29,6 +29,17 @@ bool LockThreadStorage::m_keyCreated = false;
 namespace {
 LockThreadStorage g_lockThreadStorage;
 
+// pthread_self() of the calling thread. On x86-64 glibc that is the thread
+// pointer, read here without a call, as the callers' inline path reads it.
+pthread_t callingThread()
+{
+#if defined(__x86_64__) && defined(__GLIBC__)
+    return reinterpret_cast<pthread_t>(__builtin_thread_pointer());
+#else
+    return pthread_self();
+#endif
+}
+
 LockImplementation* heldLocksHead()
 {
     return static_cast<LockImplementation*>(pthread_getspecific(LockThreadStorage::m_mutexListKey));
@@ -137,7 +148,7 @@ inline void LockImplementation::releaseOwnership()
 
 void LockImplementation::lock()
 {
-    const pthread_t self = pthread_self();
+    const pthread_t self = callingThread();
     if (ownedBy(self)) {
         setCount(lockCount() + 1);
         return;
@@ -148,7 +159,7 @@ void LockImplementation::lock()
 
 void LockImplementation::unlock()
 {
-    if (ownedBy(pthread_self())) {
+    if (ownedBy(callingThread())) {
         giveBackOneLevel();
     }
 }
@@ -167,7 +178,7 @@ bool LockImplementation::giveBackOneLevel()
 
 bool LockImplementation::testAndSet()
 {
-    const pthread_t self = pthread_self();
+    const pthread_t self = callingThread();
     if (ownedBy(self)) {
         setCount(lockCount() + 1);
         return true;
@@ -185,7 +196,7 @@ bool LockImplementation::testAndSet()
 // given back: by then another thread may own the lock and its levels.
 void LockImplementation::unwind()
 {
-    const pthread_t self = pthread_self();
+    const pthread_t self = callingThread();
     while (lockCount() >= 1) {
         while (!ownedBy(self)) {
         }

@@ -31,6 +31,17 @@ bool testAndSetElsewhere(VornCriticalSectionObject& section)
 
 }  // namespace
 
+#if defined(__x86_64__) && defined(__GLIBC__)
+// A lock's owner is told by the thread pointer without a call; that holds
+// only while the thread pointer is what pthread_self() gives.
+TEST(VornCriticalSectionObjectTest, TheThreadPointerIsTheThreadsId)
+{
+    auto threadPointer = [] { return reinterpret_cast<pthread_t>(__builtin_thread_pointer()); };
+    EXPECT_EQ(threadPointer(), pthread_self());
+    std::thread([&] { EXPECT_EQ(threadPointer(), pthread_self()); }).join();
+}
+#endif
+
 TEST(VornCriticalSectionObjectTest, LockCountOfAFreshSectionIsZero)
 {
     VornCriticalSectionObject section;

@@ -53,16 +53,18 @@ void appendNumber(std::string& line, int value)
 }
 
 // The prefix "YYYYMMDD_HH:MM:SS level category [thread] ", with the category
-// left-aligned in ten columns and never cut.
+// left-aligned in ten columns and never cut. Like the text, the category
+// ends at its first NUL.
 void appendPrefix(std::string& line, int level, const std::string& category)
 {
     line += localTimeStamp();
     line += ' ';
     appendNumber(line, level);
     line += ' ';
-    line += category;
-    if (category.size() < 10) {
-        line.append(10 - category.size(), ' ');
+    const std::size_t nameLength = std::strlen(category.c_str());
+    line.append(category.c_str(), nameLength);
+    if (nameLength < 10) {
+        line.append(10 - nameLength, ' ');
     }
     line += " [";
     appendNumber(line, currentThreadTag());

@@ -274,9 +274,14 @@ void VornCriticalSectionObject::init()
 void VornCriticalSectionObject::createLock()
 {
     // The global section guards the first use of all the others, so it
-    // cannot guard its own.
+    // cannot guard its own: threads that reach it first at the same moment
+    // each make a lock, and all but one give theirs up.
     if (this == g_pCriticalSection) {
-        m_pLock.store(new LockHolder(new LockImplementation(m_bLockFlag)), std::memory_order_release);
+        LockHolder* made = new LockHolder(new LockImplementation(m_bLockFlag));
+        LockHolder* none = nullptr;
+        if (!m_pLock.compare_exchange_strong(none, made, std::memory_order_acq_rel)) {
+            delete made;
+        }
         return;
     }
     VornCriticalSection guard(*g_pCriticalSection, true);

@@ -1,4 +1,5 @@
 #include <vsupt/VornCriticalSection.h>
+#include <vsupt/Module.h>
 #include <vsupt/VornCriticalSectionObject.h>
 
 #include <gtest/gtest.h>
@@ -9,6 +10,7 @@
 #include <atomic>
 #include <functional>
 #include <thread>
+#include <vector>
 
 using VornSupport::VornCriticalSection;
 using VornSupport::VornCriticalSectionObject;
@@ -159,6 +161,33 @@ TEST(VornCriticalSectionObjectTest, KeepsOutOtherThreadsWhileHeld)
     first.join();
     second.join();
     EXPECT_EQ(counter, 200000);
+}
+
+// Nothing guards the first use of the global section: threads racing to it
+// must still end up with one lock, and no lock of theirs may be lost.
+TEST(VornCriticalSectionObjectTest, ManyThreadsMayUseTheGlobalSectionFirst)
+{
+    using VornSupport::g_pCriticalSection;
+    VornSupport::VSUPTFinitVornObjectBase();
+    VornSupport::VSUPTInitVornObjectBase();
+    std::atomic<bool> go{false};
+    std::vector<std::thread> threads;
+    std::vector<VornCriticalSectionObject> sections(8);
+    for (auto& section : sections) {
+        threads.emplace_back([&] {
+            while (!go) {
+            }
+            section.lock();
+            section.unlock();
+        });
+    }
+    go = true;
+    for (auto& thread : threads) {
+        thread.join();
+    }
+    g_pCriticalSection->lock();
+    EXPECT_FALSE(testAndSetElsewhere(*g_pCriticalSection));
+    g_pCriticalSection->unlock();
 }
 
 TEST(VornCriticalSectionTest, GuardGivesBackExactlyOneLevel)

@@ -29,6 +29,12 @@
 #include <atomic>
 #include <cstdint>
 
+// On x86-64 glibc, pthread_self() is the thread pointer itself, which can be
+// read without a call.
+#if defined(__x86_64__) && defined(__GLIBC__)
+#define VSUPT_THREAD_POINTER_IS_PTHREAD_SELF 1
+#endif
+
 // Counts without any lock: the section that guards the library's counts is
 // itself made of a LockImplementation, so the root's counting would recurse.
 // LockBase and LockImplementation are exported because callers' inline code
@@ -82,12 +88,11 @@ public:
     static void recoverHeldLocks();
 
 private:
-    // On x86-64 glibc, pthread_self() is the thread pointer itself, so the
-    // owner test needs no call. Elsewhere the inline path always declines and
-    // the library decides with pthread_self().
+    // Where the thread pointer is not the thread's id, the inline path always
+    // declines and the library decides with pthread_self().
     bool heldByCaller() const
     {
-#if defined(__x86_64__) && defined(__GLIBC__)
+#ifdef VSUPT_THREAD_POINTER_IS_PTHREAD_SELF
         return m_owner.load(std::memory_order_relaxed) == reinterpret_cast<pthread_t>(__builtin_thread_pointer());
 #else
         return false;

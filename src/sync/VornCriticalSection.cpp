@@ -29,11 +29,11 @@ bool LockThreadStorage::m_keyCreated = false;
 namespace {
 LockThreadStorage g_lockThreadStorage;
 
-// pthread_self() of the calling thread. On x86-64 glibc that is the thread
-// pointer, read here without a call, as the callers' inline path reads it.
+// pthread_self() of the calling thread, read as the callers' inline path
+// reads it.
 pthread_t callingThread()
 {
-#if defined(__x86_64__) && defined(__GLIBC__)
+#ifdef VSUPT_THREAD_POINTER_IS_PTHREAD_SELF
     return reinterpret_cast<pthread_t>(__builtin_thread_pointer());
 #else
     return pthread_self();
@@ -292,12 +292,8 @@ void VornCriticalSectionObject::createLock()
 
 LockImplementation& VornCriticalSectionObject::implementation()
 {
-    LockHolder* holder = m_pLock.load(std::memory_order_acquire);
-    if (holder == nullptr) {
-        createLock();
-        holder = m_pLock.load(std::memory_order_acquire);
-    }
-    return **holder;
+    init();
+    return **m_pLock.load(std::memory_order_acquire);
 }
 
 void VornCriticalSectionObject::lockFirstLevel()

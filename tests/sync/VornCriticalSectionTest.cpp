@@ -33,7 +33,7 @@ bool testAndSetElsewhere(VornCriticalSectionObject& section)
 
 }  // namespace
 
-#if defined(__x86_64__) && defined(__GLIBC__)
+#ifdef VSUPT_THREAD_POINTER_IS_PTHREAD_SELF
 // A lock's owner is told by the thread pointer without a call; that holds
 // only while the thread pointer is what pthread_self() gives.
 TEST(VornCriticalSectionObjectTest, TheThreadPointerIsTheThreadsId)

@@ -21,6 +21,7 @@ public:
     ~ansi_ctype() override;
 
 protected:
+    using std::ctype<wchar_t>::do_widen;
     // Writes nothing and returns lo.
     const char* do_widen(const char* lo, const char* hi, wchar_t* dest) const override;
     // Returns dfault.

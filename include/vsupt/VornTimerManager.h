@@ -16,6 +16,9 @@
 // them in the other order; the two can block each other if they meet at
 // that moment, which is accepted. getInstance takes no lock: the first call
 // belongs to a quiet moment.
+//
+// A timer that goes while a scan is about to call its set() waits for that
+// call to return, unless it is destroyed by its own handler.
 #ifndef VSUPT_VORNTIMERMANAGER_H
 #define VSUPT_VORNTIMERMANAGER_H
 
@@ -56,10 +59,14 @@ public:
     VornTimerManager& operator=(const VornTimerManager&) = delete;
 
 private:
+    friend class VornTimer;
     friend class VornTimerThread;
 
     VornTimerManager();
     void addImpl(VornTimer& timer);
+    void removeIfQueued(VornTimer& timer);
+    void fire(VornTimer& timer);
+    void waitUntilNotFiring(const VornTimer& timer);
     VornTimer* nextUnvisited();
 
     VornEvent m_event;
@@ -69,6 +76,9 @@ private:
     bool m_bCancelling;
     VornCriticalSectionObject m_elapsedLock;
     bool m_bInElapsed;
+    // The timer whose set() a scan is calling, and the scanning thread.
+    const VornTimer* m_pFiring;
+    pthread_t m_firingThread;
 
     static VornTimerManager* m_pThis;
     static bool m_bExiting;

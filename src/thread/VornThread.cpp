@@ -6,6 +6,7 @@
 
 #include "frame/ExceptionBorder.h"
 #include "log/LibraryLog.h"
+#include "thread/LibrarySignals.h"
 
 #include <cxxabi.h>
 #include <pthread.h>
@@ -312,7 +313,7 @@ void* VornThreadFn(void* self)
 
 void VSUPTInitVornThread()
 {
-    signal(SIGUSR2, SignalHandler);
+    installLibrarySignalHandler(SIGUSR2, SignalHandler);
 }
 
 void VSUPTFinitVornThread() {}

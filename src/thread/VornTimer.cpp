@@ -52,9 +52,15 @@ VornTimer::VornTimer(long seconds, long milliseconds, bool oneShot)
 {
 }
 
+// A scan on another thread may have taken the timer out already and be
+// calling its set(): the timer outlives that call.
 VornTimer::~VornTimer()
 {
     stop();
+    try {
+        VornTimerManager::getInstance()->waitUntilNotFiring(*this);
+    } catch (const VornException&) {
+    }
 }
 
 void VornTimer::reset()
@@ -83,13 +89,13 @@ void VornTimer::start(long seconds, long milliseconds, bool oneShot)
     }
 }
 
+// Whether the timer is queued is asked under the list lock: a scan takes a
+// repeating timer out and puts it back under that lock, and a stop that
+// looked in between would miss it.
 void VornTimer::stop()
 {
-    if (!m_bQueued) {
-        return;
-    }
     try {
-        VornTimerManager::getInstance()->remove(*this);
+        VornTimerManager::getInstance()->removeIfQueued(*this);
     } catch (const VornException&) {
     }
 }

@@ -3,6 +3,7 @@
 #include <vsupt/VornCriticalSection.h>
 #include <vsupt/VornException.h>
 
+#include "thread/LibrarySignals.h"
 #include "thread/VornTimerThread.h"
 
 #include <signal.h>
@@ -70,8 +71,8 @@ void AlarmHandler(int)
 
 void VSUPTInitVornTimer()
 {
-    signal(SIGALRM, AlarmHandler);
-    signal(SIGUSR1, SignalHandler);
+    installLibrarySignalHandler(SIGALRM, AlarmHandler);
+    installLibrarySignalHandler(SIGUSR1, SignalHandler);
 }
 
 void VSUPTFinitVornTimer()
@@ -82,7 +83,10 @@ void VSUPTFinitVornTimer()
 // ---------------------------------------------------------------------------
 // VornTimerManager
 
-VornTimerManager::VornTimerManager() : m_nextInterval(1, 0), m_bCancelling(false), m_bInElapsed(false) {}
+VornTimerManager::VornTimerManager()
+    : m_nextInterval(1, 0), m_bCancelling(false), m_bInElapsed(false), m_pFiring(nullptr), m_firingThread()
+{
+}
 
 // Timers still in the list are abandoned without a word; their own stop
 // finds the manager gone and does nothing.
@@ -142,6 +146,14 @@ void VornTimerManager::remove(VornTimer& timer)
     timer.m_bQueued = false;
 }
 
+void VornTimerManager::removeIfQueued(VornTimer& timer)
+{
+    VornCriticalSection guard(m_timersLock, true);
+    if (timer.m_bQueued) {
+        remove(timer);
+    }
+}
+
 // An interval timer armed earlier stays armed when the list empties: its
 // SIGALRM then finds nothing to do.
 void VornTimerManager::reset(bool arm)
@@ -194,9 +206,7 @@ void VornTimerManager::elapsed()
         if (!timer->isOneShot()) {
             addImpl(*timer);
         }
-        m_timersLock.unlock();
-        timer->set();
-        m_timersLock.lock();
+        fire(*timer);
     }
     for (VornTimer* timer : m_timers) {
         timer->m_bVisited = false;
@@ -204,6 +214,29 @@ void VornTimerManager::elapsed()
     m_bInElapsed = false;
     listGuard.unlock();
     reset(false);
+}
+
+// The list lock is given back around the handler by a bare unlock: when the
+// scan runs inside reset on a changing thread, that thread still holds it
+// once more. The timer is not touched after its set(), which may delete it.
+void VornTimerManager::fire(VornTimer& timer)
+{
+    m_pFiring = &timer;
+    m_firingThread = pthread_self();
+    m_timersLock.unlock();
+    timer.set();
+    m_timersLock.lock();
+    m_pFiring = nullptr;
+}
+
+void VornTimerManager::waitUntilNotFiring(const VornTimer& timer)
+{
+    VornCriticalSection guard(m_timersLock, true);
+    while (m_pFiring == &timer && !pthread_equal(m_firingThread, pthread_self())) {
+        guard.unlock();
+        usleep(1000);
+        guard.lock();
+    }
 }
 
 void VornTimerManager::timeout()

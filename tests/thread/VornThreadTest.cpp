@@ -22,24 +22,33 @@ double secondsSince(Clock::time_point start)
     return std::chrono::duration<double>(Clock::now() - start).count();
 }
 
-// Spins until told to stop, so that it can be killed anywhere.
+// Spins until its flag is raised. Once started it touches nothing of its
+// own object, so that it can be killed anywhere and outlive the object for
+// the moment a cancellation takes to land.
+std::atomic<bool> g_never{false};
+
 class Spinner : public VornThread {
 public:
+    explicit Spinner(std::atomic<bool>& stop = g_never) : m_stop(stop) {}
     int run() override
     {
+        std::atomic<bool>& stop = m_stop;
         started = true;
-        while (!stopNow) {
+        while (!stop) {
         }
         return 7;
     }
     std::atomic<bool> started{false};
-    std::atomic<bool> stopNow{false};
+
+private:
+    std::atomic<bool>& m_stop;
 };
 
 // Sleeps for a given time, then returns the code it was given.
 class Sleeper : public VornThread {
 public:
     Sleeper(int milliseconds, int code) : m_milliseconds(milliseconds), m_code(code) {}
+    ~Sleeper() override { waitForThreadExit(); }
     int run() override
     {
         std::this_thread::sleep_for(std::chrono::milliseconds(m_milliseconds));
@@ -122,9 +131,11 @@ TEST(VornThreadTest, StartingTwiceRunsTheBodyOnce)
 
 TEST(VornThreadTest, StartAfterKillRunsANewThread)
 {
-    Spinner thread;
+    static std::atomic<bool> stop{false};
+    Spinner thread(stop);
     thread.start();
     waitUntil(thread.started);
+    thread.setMarkForKill();
     thread.kill();
     EXPECT_FALSE(thread.isAlive());
     EXPECT_EQ(thread.getExitCode(), -1);
@@ -132,7 +143,7 @@ TEST(VornThreadTest, StartAfterKillRunsANewThread)
     thread.start();
     waitUntil(thread.started);
     EXPECT_TRUE(thread.started);
-    thread.stopNow = true;
+    stop = true;
     thread.wait(-1);
     EXPECT_EQ(thread.getExitCode(), 7);
 }
@@ -373,12 +384,14 @@ TEST(VornThreadWaitTest, AnEmptyWaitForAllReturnsZeroAtOnceAndAnEmptyWaitForAnyR
 
 TEST(VornThreadWaitTest, ATimeOutBelowOneSecondExpiresAlmostAtOnce)
 {
-    Spinner thread;
+    std::atomic<bool> stop{false};
+    Spinner thread(stop);
     thread.start();
     const auto start = Clock::now();
     EXPECT_EQ(thread.wait(500), -2);
     EXPECT_LT(secondsSince(start), 0.5);
-    thread.stopNow = true;
+    stop = true;
+    thread.waitForThreadExit();
 }
 
 TEST(VornThreadWaitTest, ATimeOutOfZeroWaitsForTheThread)

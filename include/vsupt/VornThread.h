@@ -5,7 +5,13 @@
 // ThreadDone, on the ending thread, when the body has returned. An exception
 // that leaves a body ends the thread as a return of 0 would. kill cancels
 // the thread asynchronously, wherever it is: every critical section it holds
-// at that moment is freed as it dies.
+// at that moment is freed as it dies. The kill must find the thread in a
+// frame with nothing left to destroy (no local objects with destructors, no
+// try block) or in a call: the platform's unwinder ends the process when a
+// cancellation lands between the calls of a frame that has clean-ups. A
+// body that expects to be killed keeps its waiting or spinning part in such
+// a plain frame, and takes its locks with lock() and unlock() rather than a
+// scoped guard there.
 //
 // Ownership: whoever made a plain thread owns it, and its destructor waits
 // for the body to end. A thread marked for death owns itself from start on:

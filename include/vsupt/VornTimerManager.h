@@ -13,9 +13,9 @@
 // m_timersLock guards the list; m_elapsedLock lets one scan run at a time.
 // A scan takes m_elapsedLock, then m_timersLock. A change to the list that
 // finds the first timer already due scans on the changing thread, taking
-// them in the other order; the two can block each other if they meet at
-// that moment, which is accepted. getInstance takes no lock: the first call
-// belongs to a quiet moment.
+// them in the other order, but only if no scan is under way elsewhere:
+// otherwise a new timer thread scans. getInstance takes no lock: the first
+// call belongs to a quiet moment.
 //
 // A timer that goes while a scan is about to call its set() waits for that
 // call to return, unless it is destroyed by its own handler.
@@ -67,6 +67,7 @@ private:
     void removeIfQueued(VornTimer& timer);
     void fire(VornTimer& timer);
     void waitUntilNotFiring(const VornTimer& timer);
+    void scanNow();
     VornTimer* nextUnvisited();
 
     VornEvent m_event;

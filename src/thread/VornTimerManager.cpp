@@ -165,12 +165,26 @@ void VornTimerManager::reset(bool arm)
     m_nextInterval = m_timers.front()->m_expiry;
     m_nextInterval.m_seconds -= static_cast<std::int64_t>(std::time(nullptr));
     if (m_nextInterval.m_seconds < 0 || (m_nextInterval.m_seconds == 0 && m_nextInterval.m_milliseconds == 0)) {
-        elapsed();
+        scanNow();
     } else if (arm) {
         armIntervalTimer(m_nextInterval);
     } else {
         askForArming();
     }
+}
+
+// The first timer is due: the scan runs here, on the thread that changed
+// the list and still holds its lock. If a scan is under way on another
+// thread, waiting for it here could block both, since it needs the list
+// lock to go on; a new timer thread, which holds nothing, scans instead.
+void VornTimerManager::scanNow()
+{
+    if (!m_elapsedLock.testAndSet()) {
+        timeout();
+        return;
+    }
+    elapsed();
+    m_elapsedLock.unlock();
 }
 
 VornTimer* VornTimerManager::nextUnvisited()

@@ -3,15 +3,18 @@
 
 #include <gtest/gtest.h>
 
+#include <signal.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <chrono>
+#include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <sstream>
 #include <string>
 #include <thread>
+#include <vector>
 
 using namespace VornSupport;
 
@@ -244,6 +247,61 @@ TEST(VornLoggingQuietTimerSlowTest, ARecordLeftOpenByAKilledWriterIsFinishedAfte
     EXPECT_TRUE(endsWith(text, "] VornLogging::timerElapsed: called (NOTE: This message only appears and repeats when "
                                "LogLevel = 9)\n"))
         << text;
+    const std::string command = "rm -rf " + dir;
+    EXPECT_EQ(std::system(command.c_str()), 0);
+}
+
+// Writers block the library's signals: the SIGUSR1 that each record's quiet
+// timer raises is handled by the test's main thread, idle in its joins.
+TEST(VornLoggingStressTest, ManyWritersOfSeveralItemsNeverMixTheirRecords)
+{
+    char pattern[] = "/tmp/vsuptlogXXXXXX";
+    ASSERT_NE(mkdtemp(pattern), nullptr);
+    const std::string dir = pattern;
+    const int number = nextFileNumber(23);
+    const std::string name = dir + "/stress" + std::to_string(number) + ".log";
+    testing::internal::CaptureStderr();
+    VornLogging logger(dir + "/stress", VornLogging::TargetFile, 9);
+    testing::internal::GetCapturedStderr();
+
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(18);
+    std::atomic<long> written{0};
+    std::vector<std::thread> writers;
+    for (int w = 0; w < 6; ++w) {
+        writers.emplace_back([&, w] {
+            sigset_t set;
+            sigemptyset(&set);
+            sigaddset(&set, SIGUSR1);
+            sigaddset(&set, SIGUSR2);
+            sigaddset(&set, SIGALRM);
+            pthread_sigmask(SIG_BLOCK, &set, nullptr);
+            for (long i = 0; std::chrono::steady_clock::now() < end; ++i) {
+                logger << setloglevel(1) << "w" << w << " a" << i << " b" << i << " c" << i << " d" << i << endrecord;
+                ++written;
+            }
+        });
+    }
+    for (auto& writer : writers) {
+        writer.join();
+    }
+    std::ifstream in(name);
+    std::string line;
+    long lines = 0;
+    long mixed = 0;
+    while (std::getline(in, line)) {
+        ++lines;
+        const auto bracket = line.find("] ");
+        long a = -1, b = -2, c = -3, d = -4;
+        int w = -1, used = 0;
+        const std::string text = bracket == std::string::npos ? line : line.substr(bracket + 2);
+        std::sscanf(text.c_str(), "w%d a%ld b%ld c%ld d%ld%n", &w, &a, &b, &c, &d, &used);
+        if (!(a == b && b == c && c == d && used == static_cast<int>(text.size()))) {
+            ++mixed;
+        }
+    }
+    EXPECT_EQ(lines, written);
+    EXPECT_EQ(mixed, 0);
+    EXPECT_GT(written, 1000);
     const std::string command = "rm -rf " + dir;
     EXPECT_EQ(std::system(command.c_str()), 0);
 }

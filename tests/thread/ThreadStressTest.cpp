@@ -8,7 +8,7 @@
 
 #include <gtest/gtest.h>
 
-#include <signal.h>
+#include "support/LibrarySignals.h"
 
 #include <atomic>
 #include <chrono>
@@ -25,16 +25,6 @@ using Clock = std::chrono::steady_clock;
 namespace {
 
 const auto kRunTime = std::chrono::seconds(18);
-
-void blockLibrarySignals()
-{
-    sigset_t set;
-    sigemptyset(&set);
-    sigaddset(&set, SIGUSR1);
-    sigaddset(&set, SIGUSR2);
-    sigaddset(&set, SIGALRM);
-    pthread_sigmask(SIG_BLOCK, &set, nullptr);
-}
 
 double secondsSince(Clock::time_point start)
 {

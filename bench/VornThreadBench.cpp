@@ -21,15 +21,36 @@ using namespace VornSupport;
 using Clock = std::chrono::steady_clock;
 
 const vsupt_bench::RatioRegistration ratios{
-    {"thread start + wait(-1)", "BM_VornThread_StartWait", "BM_Pthread_CreateJoin", 1.5},
-    {"self-deleting thread, start to reaped (read as a ratio to create+join)", "BM_VornThread_SelfDeletingLife",
-     "BM_Pthread_CreateJoin", 0},
+    {"thread start + wait(-1)", "BM_VornThread_StartWait/real_time", "BM_Pthread_CreateJoin/real_time", 1.5},
+    {"thread start + wait(-1), body of 50 us", "BM_VornThread_StartWaitBusy/real_time",
+     "BM_Pthread_CreateJoinBusy/real_time", 1.5},
+    {"self-deleting thread, start to reaped (read as a ratio to create+join)", "BM_VornThread_SelfDeletingLife/real_time",
+     "BM_Pthread_CreateJoin/real_time", 0},
 };
 
 void* emptyBody(void*)
 {
     return nullptr;
 }
+
+// A body long enough that wait(-1) finds it running and joins it; a body
+// that has already returned when wait(-1) comes is not joined.
+void* busyBody(void*)
+{
+    const auto end = Clock::now() + std::chrono::microseconds(50);
+    while (Clock::now() < end) {
+    }
+    return nullptr;
+}
+
+class BusyThread : public VornThread {
+public:
+    int run() override
+    {
+        busyBody(nullptr);
+        return 0;
+    }
+};
 
 void BM_Pthread_CreateJoin(benchmark::State& state)
 {
@@ -50,6 +71,26 @@ void BM_VornThread_StartWait(benchmark::State& state)
     }
 }
 BENCHMARK(BM_VornThread_StartWait)->UseRealTime();
+
+void BM_Pthread_CreateJoinBusy(benchmark::State& state)
+{
+    for (auto _ : state) {
+        pthread_t thread;
+        pthread_create(&thread, nullptr, busyBody, nullptr);
+        pthread_join(thread, nullptr);
+    }
+}
+BENCHMARK(BM_Pthread_CreateJoinBusy)->UseRealTime();
+
+void BM_VornThread_StartWaitBusy(benchmark::State& state)
+{
+    for (auto _ : state) {
+        BusyThread thread;
+        thread.start();
+        thread.wait(-1);
+    }
+}
+BENCHMARK(BM_VornThread_StartWaitBusy)->UseRealTime();
 
 // The life ends when the SIGUSR2 handler has joined the thread: the next
 // thread is started only then, which the reaping lock shows.

@@ -7,20 +7,35 @@
 #ifndef VSUPT_LIBRARYSIGNALS_H
 #define VSUPT_LIBRARYSIGNALS_H
 
+#include <pthread.h>
 #include <signal.h>
 
 namespace VornSupport {
+
+inline void fillWithLibrarySignals(sigset_t& set)
+{
+    sigemptyset(&set);
+    sigaddset(&set, SIGUSR1);
+    sigaddset(&set, SIGALRM);
+    sigaddset(&set, SIGUSR2);
+}
 
 inline void installLibrarySignalHandler(int signalNumber, void (*handler)(int))
 {
     struct sigaction action {};
     action.sa_handler = handler;
     action.sa_flags = SA_RESTART;
-    sigemptyset(&action.sa_mask);
-    sigaddset(&action.sa_mask, SIGUSR1);
-    sigaddset(&action.sa_mask, SIGALRM);
-    sigaddset(&action.sa_mask, SIGUSR2);
+    fillWithLibrarySignals(action.sa_mask);
     sigaction(signalNumber, &action, nullptr);
+}
+
+// For a thread about to end: a handler that ran on it could join a thread
+// that waits for the handler's lock, or be joined while it waits itself.
+inline void blockLibrarySignalsOnThisThread()
+{
+    sigset_t set;
+    fillWithLibrarySignals(set);
+    pthread_sigmask(SIG_BLOCK, &set, nullptr);
 }
 
 }  // namespace VornSupport

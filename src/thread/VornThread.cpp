@@ -275,8 +275,11 @@ void VornThread::announceDone(int exitCode)
 
 namespace {
 
+// The ending thread takes no more of the library's signals: the SIGUSR2
+// handler must run on a thread that nobody is about to join.
 void announceEnd(unsigned long id)
 {
+    blockLibrarySignalsOnThisThread();
     {
         VornCriticalSection guard(g_exitThreadLock, true);
         g_vExitThreads.push_back(id);

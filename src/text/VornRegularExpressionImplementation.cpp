@@ -358,11 +358,20 @@ unsigned long VornRegularExpressionImplementation<T>::matchLiteral(const T& text
                                                                    TokenIterator token, MatchStack& stack)
 {
     const T& value = token->m_value;
-    const unsigned long found = text.find(value, pos);
-    if (logLevelAtLeast(9)) {
+    const bool traced = logLevelAtLeast(9);
+    // Only a literal met with an empty stack may skip forward. Otherwise
+    // only an occurrence at pos counts, and the search ahead is made for the
+    // trace alone: a failing literal would otherwise cost a scan of the rest
+    // of the text.
+    unsigned long found = T::npos;
+    if (stack.empty() || traced) {
+        found = text.find(value, pos);
+    } else if (pos <= text.size() && text.compare(pos, value.size(), value) == 0) {
+        found = pos;
+    }
+    if (traced) {
         traceRecord() << text << ".find (" << value << ", " << pos << ") = " << found << endrecord;
     }
-    // Only a literal met with an empty stack may skip forward.
     if (found == T::npos || (found != pos && !stack.empty())) {
         return T::npos;
     }

@@ -17,7 +17,10 @@
 // back only to a later mandatory token, `^` means the start offset of the
 // call, and the anchors are checked once, after the walk. No empty match
 // exists. Patterns whose repeated token consumes nothing (`^*`, `^+`, or an
-// empty literal such as `\0` with `*` or `+`) make find run for ever.
+// empty literal such as `\0` with `*` or `+`) make find run for ever, and so
+// does a replace of every match with a pattern that can match nothing at
+// all (an empty literal), since each search finds the next empty match
+// behind the replacement.
 //
 // An object starts with no pattern and finds nothing. A failed setPattern
 // keeps the previous pattern text but leaves the tokens finished before the

@@ -51,7 +51,7 @@ public:
         T m_value;
     };
 
-    // One entry of the match stack.
+    // One entry of the match stack, as the level-9 trace shows it.
     struct MatchToken {
         T m_value;
         std::uint64_t m_position = static_cast<std::uint64_t>(-1);
@@ -67,10 +67,6 @@ public:
     void print(ExpressionToken& token);
 
 protected:
-    using TokenList = std::vector<ExpressionToken>;
-    using TokenIterator = typename TokenList::iterator;
-    using MatchStack = std::vector<MatchToken>;
-
     // Compiles into m_tokens. On failure errorText says why, and m_tokens
     // keeps the tokens finished before the error.
     bool compile(const T& pattern, std::string& errorText);
@@ -80,16 +76,8 @@ protected:
 
     // The pattern that compiled last.
     T m_pattern;
-    TokenList m_tokens;
+    std::vector<ExpressionToken> m_tokens;
     VornSupport::VornCriticalSectionObject m_tokenLock;
-
-private:
-    unsigned long matchLiteral(const T& text, unsigned long pos, TokenIterator token, MatchStack& stack);
-    unsigned long matchSet(const T& text, unsigned long pos, TokenIterator token, MatchStack& stack);
-    unsigned long matchAny(const T& text, unsigned long pos, TokenIterator token, MatchStack& stack);
-    void addMatch(MatchToken& entry, TokenIterator token, MatchStack& stack);
-    void printMatch(MatchToken& entry);
-    void printStack(MatchStack& stack);
 };
 
 extern template class VornRegularExpressionImplementation<std::string>;

@@ -13,7 +13,8 @@
 // microseconds against searches of milliseconds.
 //
 // Then the cost of find as the token vector grows (it is copied on every
-// call) and as the match stack grows with the length of the match.
+// call), and how it scales with the length of the text the walk covers: a
+// repeat, backing up over a repeat, and a start over at each character.
 #include "BenchRatio.h"
 
 #include <vsupt/VornRegularExpression.h>
@@ -205,17 +206,38 @@ void BM_VornFind_TokenVectorCopy(benchmark::State& state)
 }
 BENCHMARK(BM_VornFind_TokenVectorCopy)->RangeMultiplier(4)->Range(1, 1024)->Complexity(benchmark::oN);
 
-// [0-9]+ over a number of n digits: one stack entry per digit.
-void BM_VornFind_MatchStack(benchmark::State& state)
+// How find scales with the length n of the text the walk covers.
+void runScaling(benchmark::State& state, const char* pattern, const std::string& text)
 {
     VornRegularExpression<std::string> expression;
-    expression.setPattern("[0-9]+");
-    const std::string text = repeated("3141592653", "", static_cast<std::size_t>(state.range(0)));
+    expression.setPattern(pattern);
     for (auto _ : state) {
         benchmark::DoNotOptimize(expression.find(text, 0));
     }
-    state.SetComplexityN(state.range(0));
+    state.SetComplexityN(static_cast<int64_t>(text.size()));
 }
-BENCHMARK(BM_VornFind_MatchStack)->RangeMultiplier(8)->Range(64, 1 << 20)->Complexity(benchmark::oN);
+
+// A repeated set over n digits: the stack holds one run, whatever n.
+void BM_VornFind_RepeatedSet(benchmark::State& state)
+{
+    runScaling(state, "[0-9]+", repeated("3141592653", "", static_cast<std::size_t>(state.range(0))));
+}
+BENCHMARK(BM_VornFind_RepeatedSet)->RangeMultiplier(8)->Range(64, 1 << 20)->Complexity(benchmark::oN);
+
+// a.*b over an `a` and n letters with no `b`: the greedy run is given back
+// one entry at a time, n times, before the walk gives up.
+void BM_VornFind_BackingUp(benchmark::State& state)
+{
+    runScaling(state, "a.*b", "a" + repeated("x", "", static_cast<std::size_t>(state.range(0))));
+}
+BENCHMARK(BM_VornFind_BackingUp)->RangeMultiplier(8)->Range(64, 1 << 20)->Complexity(benchmark::oN);
+
+// .*c over n letters with no `c`: each start over, one character further
+// on, takes the rest of the text and gives it back again.
+void BM_VornFind_StartOverEachCharacter(benchmark::State& state)
+{
+    runScaling(state, ".*c", repeated("x", "", static_cast<std::size_t>(state.range(0))));
+}
+BENCHMARK(BM_VornFind_StartOverEachCharacter)->RangeMultiplier(4)->Range(64, 1 << 14)->Complexity(benchmark::oNSquared);
 
 }  // namespace

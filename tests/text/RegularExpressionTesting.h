@@ -3,6 +3,7 @@
 #ifndef VSUPT_TESTS_REGULAREXPRESSIONTESTING_H
 #define VSUPT_TESTS_REGULAREXPRESSIONTESTING_H
 
+#include <vsupt/VornLogging.h>
 #include <vsupt/VornRegularExpression.h>
 
 #include <gtest/gtest.h>
@@ -41,6 +42,18 @@ inline std::vector<std::string> recordTexts(const std::string& output)
         start = end == std::string::npos ? output.size() : end + 1;
     }
     return texts;
+}
+
+// The texts of the records body writes with a logger at the given level
+// installed for the while.
+template <class Body>
+std::vector<std::string> recordsAt(int level, Body body)
+{
+    VornSupport::VornLogging logger("log", VornSupport::VornLogging::TargetStdout, level);
+    VornSupport::VornLogging::setInstance(logger);
+    testing::internal::CaptureStdout();
+    body();
+    return recordTexts(testing::internal::GetCapturedStdout());
 }
 
 // Opens the token vector to the tests.

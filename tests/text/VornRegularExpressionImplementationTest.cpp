@@ -3,7 +3,6 @@
 #include "RegularExpressionTesting.h"
 
 #include <vsupt/VornException.h>
-#include <vsupt/VornLogging.h>
 
 #include <gtest/gtest.h>
 
@@ -12,7 +11,6 @@
 
 using namespace regex_testing;
 using VornSupport::VornException;
-using VornSupport::VornLogging;
 
 namespace {
 
@@ -206,13 +204,9 @@ class VornRegularExpressionPrintTest : public testing::Test {
 protected:
     std::vector<std::string> printed(int level, const std::string& pattern)
     {
-        VornLogging logger("log", VornLogging::TargetStdout, level);
-        VornLogging::setInstance(logger);
         VornSupport::VornRegularExpression<T> expression;
         expression.setPattern(as<T>(pattern));
-        testing::internal::CaptureStdout();
-        expression.print();
-        return recordTexts(testing::internal::GetCapturedStdout());
+        return recordsAt(level, [&] { expression.print(); });
     }
 };
 

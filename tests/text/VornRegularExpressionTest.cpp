@@ -49,6 +49,11 @@ const std::vector<FindRow> g_findTable = {
     {".*c", "abc", 0, 0, 3},
     {"a.*c", "abcabc", 0, 0, 6},
     {".", "\n", 0, 0, 1},
+    {"x*x", "xxx", 0, 0, 3},
+    {"a.*b.*c", "aXbYcZb", 0, 0, 5},
+    {".+$", "ab", 0, 0, 2},
+    // Equal tokens count as one: the second `+` needs no occurrence of its own.
+    {"[ab]+[ab]+c", "abc", 0, 0, 3},
     {"abc$", "abcabc", 0, kNoMatch, 3},
     {"abc$", "xabc", 0, 1, 3},
     {"^abc", "xabc", 0, kNoMatch, 3},
@@ -148,29 +153,27 @@ TYPED_TEST_SUITE(VornRegularExpressionTraceTest, StringTypes);
 
 TYPED_TEST(VornRegularExpressionTraceTest, TracesEachEntryTheStackAndTheResult)
 {
-    const std::vector<std::string> expected = {
-        "xab.find (a, 0) = 1",
-        "VornRegularExpressionImplementation::addMatch: begin",
-        "ExpressionToken: type=literal segment=a factor=one",
-        "\tmatch token:",
-        "\t\tsegment: a:1:1:-1",
-        "VornRegularExpressionImplementation::addMatch: end",
-        "VornRegularExpressionImplementation::addMatch: begin",
-        "ExpressionToken: type=in set factor=one or more",
-        "\tmatch token:",
-        "\t\tsegment: b:2:1:-1",
-        "VornRegularExpressionImplementation::addMatch: end",
-        "VornRegularExpressionImplementation::find: match stack begin",
-        "ExpressionToken: type=literal segment=a factor=one",
-        "\tmatch token:",
-        "\t\tsegment: a:1:1:-1",
-        "ExpressionToken: type=in set factor=one or more",
-        "\tmatch token:",
-        "\t\tsegment: b:2:1:-1",
-        "VornRegularExpressionImplementation::find: match stack end",
-        "VornRegularExpressionImplementation::find: match found at 1:2",
+    // Entry, token and "segment: value:position:length:back link". The
+    // first repeat of a `+` copies the back link of the entry below it.
+    const std::vector<std::vector<std::string>> entries = {
+        {"ExpressionToken: type=literal segment=a factor=one", "\tmatch token:", "\t\tsegment: a:1:1:-1"},
+        {"ExpressionToken: type=any factor=one", "\tmatch token:", "\t\tsegment: y:2:1:0"},
+        {"ExpressionToken: type=in set factor=one or more", "\tmatch token:", "\t\tsegment: b:3:1:0"},
+        {"ExpressionToken: type=in set factor=one or more", "\tmatch token:", "\t\tsegment: b:4:1:2"},
     };
-    EXPECT_EQ(this->traced(9, "a[b]+", "xab"), expected);
+    std::vector<std::string> expected = {"xaybb.find (a, 0) = 1"};
+    for (const auto& entry : entries) {
+        expected.push_back("VornRegularExpressionImplementation::addMatch: begin");
+        expected.insert(expected.end(), entry.begin(), entry.end());
+        expected.push_back("VornRegularExpressionImplementation::addMatch: end");
+    }
+    expected.push_back("VornRegularExpressionImplementation::find: match stack begin");
+    for (const auto& entry : entries) {
+        expected.insert(expected.end(), entry.begin(), entry.end());
+    }
+    expected.push_back("VornRegularExpressionImplementation::find: match stack end");
+    expected.push_back("VornRegularExpressionImplementation::find: match found at 1:4");
+    EXPECT_EQ(this->traced(9, "a.[b]+", "xaybb"), expected);
 }
 
 TYPED_TEST(VornRegularExpressionTraceTest, AFailedSearchReportsMinusOneAndTheUntouchedLength)

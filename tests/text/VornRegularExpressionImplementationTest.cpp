@@ -16,10 +16,11 @@ namespace {
 
 using R = VornRegularExpressionImplementation<std::string>;
 
+// A token as the table spells it, with the fields of the real one.
 struct TokenRow {
-    int type;
-    int factor;
-    std::string value;
+    int m_type;
+    int m_factor;
+    std::string m_value;
 };
 
 struct CompileRow {
@@ -28,46 +29,34 @@ struct CompileRow {
     std::vector<TokenRow> tokens;
 };
 
-std::string describe(int type, int factor, const std::string& value)
-{
-    return std::to_string(type) + "/" + std::to_string(factor) + "/'" + value + "'";
-}
-
-std::vector<std::string> describe(const std::vector<TokenRow>& rows)
-{
-    std::vector<std::string> lines;
-    for (const TokenRow& row : rows) {
-        lines.push_back(describe(row.type, row.factor, row.value));
-    }
-    return lines;
-}
-
+// "type/factor/'value'" for each token, so that a mismatch shows itself.
 template <class Token>
 std::vector<std::string> describe(const std::vector<Token>& tokens)
 {
     std::vector<std::string> lines;
     for (const Token& token : tokens) {
-        lines.push_back(describe(token.m_type, token.m_factor, narrowed(token.m_value)));
+        lines.push_back(std::to_string(token.m_type) + "/" + std::to_string(token.m_factor) + "/'" +
+                        narrowed(token.m_value) + "'");
     }
     return lines;
 }
 
-const TokenRow literal(const std::string& value, int factor = R::factorOne)
+TokenRow literal(const std::string& value, int factor = R::factorOne)
 {
     return {R::tokenLiteral, factor, value};
 }
 
-const TokenRow inSet(const std::string& value, int factor = R::factorOne)
+TokenRow inSet(const std::string& value, int factor = R::factorOne)
 {
     return {R::tokenInSet, factor, value};
 }
 
-const TokenRow notInSet(const std::string& value, int factor = R::factorOne)
+TokenRow notInSet(const std::string& value, int factor = R::factorOne)
 {
     return {R::tokenNotInSet, factor, value};
 }
 
-const TokenRow any(int factor = R::factorOne)
+TokenRow any(int factor = R::factorOne)
 {
     return {R::tokenAny, factor, ""};
 }

@@ -4,7 +4,8 @@
 //
 //   literal     "lazy cat" behind 1 MiB of words with many near misses
 //   number      [0-9]+\.[0-9]+ over a number of 1 MiB, from its start
-//   greedy      a.*c over an `a`, 1 MiB of letters and a `c`
+//   greedy      a.*c over an `a`, letters, a `c` half way and more letters,
+//               so that the greedy run gives back half a MiB
 //   start over  ab[cd]e behind 1 MiB of "abcf", each a false start
 //
 // Every engine reports the position and the length of the match. The
@@ -96,7 +97,9 @@ const Case& numberCase()
 
 const Case& greedyCase()
 {
-    static const Case c = wholeOf("a.*c", "a" + repeated("the lazy brown fox jumps over the old dog ", "c", kTextSize - 1));
+    static const std::string half = "a" + repeated("the lazy brown fox jumps over the old dog ", "c", kTextSize / 2);
+    static const Case c{"a.*c", half + repeated("the lazy brown fox jumps over the old dog ", "", kTextSize / 2),
+                        0, half.size()};
     return c;
 }
 

@@ -60,8 +60,9 @@ public:
     void print();
     using VornRegularExpressionImplementation<T>::print;
 
-    // The index of the match, or T::npos; length receives the length of a
-    // match and is left alone otherwise.
+    // The index of the match, or T::npos. length receives the
+    // length of a match; it is left alone when nothing matched at all, and
+    // gets the length found when only an anchor turned the match down.
     unsigned long find(const T& text, unsigned long& length, unsigned long start = 0);
     unsigned long find(const T& text, unsigned long start = 0);
     // The matched text, or an empty text.

@@ -70,8 +70,9 @@ protected:
     // Compiles into m_tokens. On failure errorText says why, and m_tokens
     // keeps the tokens finished before the error.
     bool compile(const T& pattern, std::string& errorText);
-    // The index of the match from start, or T::npos; length receives the
-    // length of a match and is left alone otherwise.
+    // The index of the match from start, or T::npos. length receives the
+    // length of a match; it is left alone when nothing matched at all, and
+    // gets the length found when only an anchor turned the match down.
     unsigned long find(const T& text, unsigned long& length, unsigned long start);
 
     // The pattern that compiled last.

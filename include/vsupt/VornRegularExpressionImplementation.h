@@ -1,0 +1,87 @@
+// The library's small regular expression dialect: compiler and matcher.
+//
+// A pattern is compiled in one left-to-right pass into a flat vector of
+// tokens (literal segments, sets, any character, the two anchors), each with
+// one repetition factor. There is no grouping, no alternation and no counted
+// repetition: parentheses, the bar and braces are ordinary characters. find
+// walks the tokens forward over a text with a match stack, greedy repeats and
+// a narrow form of backing up. The corners of both passes are what existing
+// patterns rely on and stay exactly as they are; VornRegularExpression.h
+// describes the language as its users see it.
+//
+// The class is provided for std::string and std::wstring. The object owns
+// its tokens; m_tokenLock guards them. compile holds the lock for its whole
+// run, and find holds it only to copy the tokens, walking the private copy,
+// so finds on one object run side by side and never see a half-built list.
+// The level-9 diagnostics go to the installed VornLogging.
+#ifndef VSUPT_VORNREGULAREXPRESSIONIMPLEMENTATION_H
+#define VSUPT_VORNREGULAREXPRESSIONIMPLEMENTATION_H
+
+#include <vsupt/VsuptExport.h>
+#include <vsupt/VornCriticalSectionObject.h>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+template <class T>
+class VSUPT_API VornRegularExpressionImplementation {
+public:
+    enum tTokenType : std::int32_t {
+        tokenInSet = 0,
+        tokenNotInSet = 1,
+        tokenLiteral = 2,
+        tokenAny = 3,
+        tokenBegin = 4,
+        tokenEnd = 5
+    };
+
+    enum tFactor : std::int32_t {
+        factorOne = 0,
+        factorZeroOrOne = 1,    // ?
+        factorZeroOrMore = 2,   // *
+        factorOneOrMore = 3     // +
+    };
+
+    struct ExpressionToken {
+        tTokenType m_type;
+        tFactor m_factor;
+        // A literal's segment, or a set's members with ranges spelled out;
+        // empty for the other types.
+        T m_value;
+    };
+
+    // One entry of the match stack, as the level-9 trace shows it.
+    struct MatchToken {
+        T m_value;
+        std::uint64_t m_position = static_cast<std::uint64_t>(-1);
+        std::uint64_t m_length = 0;
+        // Index of the entry below, or -1 where backing up must stop.
+        std::int32_t m_backLink = -1;
+        ExpressionToken* m_pToken = nullptr;
+    };
+
+    VornRegularExpressionImplementation();
+
+    // One record at level 9 for the token.
+    void print(ExpressionToken& token);
+
+protected:
+    // Compiles into m_tokens. On failure errorText says why, and m_tokens
+    // keeps the tokens finished before the error.
+    bool compile(const T& pattern, std::string& errorText);
+    // The index of the match from start, or T::npos. length receives the
+    // length of a match; it is left alone when nothing matched at all, and
+    // gets the length found when only an anchor turned the match down.
+    unsigned long find(const T& text, unsigned long& length, unsigned long start);
+
+    // The pattern that compiled last.
+    T m_pattern;
+    std::vector<ExpressionToken> m_tokens;
+    VornSupport::VornCriticalSectionObject m_tokenLock;
+};
+
+extern template class VornRegularExpressionImplementation<std::string>;
+extern template class VornRegularExpressionImplementation<std::wstring>;
+
+#endif

@@ -36,12 +36,11 @@ std::string couldNotOpen(const char* operation, const std::string& path)
     return operation + std::string("couldn't open file ") + path;
 }
 
-// Wide file streams convert with the library's locale, as all its text
+// Wide files convert with the library's locale, as all its text
 // conversions do; for narrow ones the locale changes nothing.
-template <class Stream>
-void useLibraryLocale(Stream& stream)
+std::locale fileLocale()
 {
-    stream.imbue(VornLocaleFactory::getDefaultLocale(true));
+    return VornLocaleFactory::getDefaultLocale(true);
 }
 
 template <class S>
@@ -55,9 +54,9 @@ void logContents(const std::map<S, std::vector<S>>& properties)
 }
 
 template <class S>
-void writeUpToNul(std::basic_ostream<typename S::value_type>& out, const S& text)
+void appendUpToNul(std::basic_string<typename S::value_type>& line, const S& text)
 {
-    out.write(text.data(), static_cast<std::streamsize>(std::min(text.find(typename S::value_type()), text.size())));
+    line.append(text.data(), std::min(text.find(typename S::value_type()), text.size()));
 }
 
 // One UTF-16 code unit as a character of the store: a narrow store keeps
@@ -103,7 +102,7 @@ public:
                 return true;
             }
             m_bytes.close();
-            useLibraryLocale(m_text);
+            m_text.imbue(fileLocale());
             m_text.open(path, std::ios::in | std::ios::binary);
             return m_text.is_open();
         }
@@ -435,27 +434,27 @@ bool VornProperties<S>::saveProperties(const std::string& path)
     return true;
 }
 
-// Each line is flushed as it is written, so a writer that dies leaves whole
+// Each line goes to the file by itself, so a writer that dies leaves whole
 // lines behind.
 template <class S>
 bool VornProperties<S>::savePropertiesImpl(const std::string& path)
 {
     traceFileAccess(saveOperation + std::string("to file ") + path);
-    std::basic_ofstream<CharType> out;
-    useLibraryLocale(out);
-    out.open(path, std::ios::out | std::ios::trunc);
-    if (!out.is_open()) {
+    std::basic_filebuf<CharType> file;
+    file.pubimbue(fileLocale());
+    if (file.open(path, std::ios::out | std::ios::trunc) == nullptr) {
         traceFileAccess(couldNotOpen(saveOperation, path));
         return false;
     }
-    const CharType separator = out.widen('=');
-    const CharType lineEnd = out.widen('\n');
+    std::basic_string<CharType> line;
     for (const auto& entry : m_properties) {
-        writeUpToNul(out, entry.first);
-        out.put(separator);
-        writeUpToNul(out, entry.second.front());
-        out.put(lineEnd);
-        out.flush();
+        line.clear();
+        appendUpToNul(line, entry.first);
+        line += CharType('=');
+        appendUpToNul(line, entry.second.front());
+        line += CharType('\n');
+        file.sputn(line.data(), static_cast<std::streamsize>(line.size()));
+        file.pubsync();
     }
     return true;
 }

@@ -4,26 +4,19 @@
 
 #include <gtest/gtest.h>
 
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
-#include <sstream>
+#include <map>
 #include <string>
 #include <vector>
 
-using VornSupport::ci_string;
-using VornSupport::ci_wstring;
-using VornSupport::VornException;
-using VornSupport::VornLogging;
-using VornSupport::VornProperties;
+using namespace VornSupport;
 
 namespace {
 
 using Values = std::vector<std::string>;
+using Table = std::map<std::string, Values>;
 
 // A scratch directory for the files of one test.
 class PropertyFileTest : public ::testing::Test {
@@ -66,78 +59,59 @@ protected:
 };
 
 template <class S>
-S text(const std::string& ascii)
-{
-    return S(ascii.begin(), ascii.end());
-}
-
-template <class S>
-class AllStoresFileTest : public PropertyFileTest {};
+class AllStoresFileTest : public PropertyFileTest {
+protected:
+    static S text(const std::string& ascii) { return S(ascii.begin(), ascii.end()); }
+};
 
 using StoreTypes = ::testing::Types<std::string, std::wstring, ci_string, ci_wstring>;
 TYPED_TEST_SUITE(AllStoresFileTest, StoreTypes);
 
-Values namesOf(const VornProperties<std::string>& store)
+// Runs body with a logger at level 9 on stdout and returns what it printed.
+template <class Body>
+std::string loggedAtLevelNine(Body body)
 {
-    Values names;
-    for (const auto& entry : store.getProperties()) {
-        names.push_back(entry.first);
-    }
-    return names;
+    testing::internal::CaptureStdout();
+    VornLogging logger("test", VornLogging::TargetStdout, 9);
+    VornLogging::setInstance(logger);
+    body();
+    VornLogging quiet("test", VornLogging::TargetStdout, -1);
+    VornLogging::setInstance(quiet);
+    return testing::internal::GetCapturedStdout();
 }
 
 }  // namespace
 
-TEST(VornPropertiesLineTest, LinesMeanWhatTheGrammarSays)
+TEST(VornPropertiesLineTest, EveryLineMeansWhatTheGrammarSays)
 {
     VornProperties<std::string> store;
-    store.loadProperties(std::vector<std::string>{
-        "", "#a=1", " #b=2", "=3", "c", "d = 4", "e=f=g", "h=5\r", "i=  6 ", "j=\t7", "k=", "l\r", "m\r=8", "n=9\n"});
-    const auto properties = store.getProperties();
-    const std::map<std::string, Values> expected = {
-        {" #b", {"2"}}, {"c", {""}}, {"d ", {"4"}}, {"e", {"f=g"}}, {"h", {"5"}}, {"i", {"6 "}}, {"j", {"\t7"}},
-        {"k", {""}}, {"l\r", {""}}, {"m\r", {"8"}}, {"n", {"9"}}};
-    EXPECT_EQ(properties, expected);
+    store.loadProperties(Values{"", "#a=1", " #b=2", "=3", "c", "d = 4", "e=f=g", "h=5\r", "i=  6 ", "j=\t7", "k=",
+                                "l\r", "m\r=8", "n=9\n", "o=1\n2\r3"});
+    const Table expected = {{" #b", {"2"}}, {"c", {""}}, {"d ", {"4"}},  {"e", {"f=g"}},  {"h", {"5"}},
+                            {"i", {"6 "}},  {"j", {"\t7"}}, {"k", {""}}, {"l\r", {""}},   {"m\r", {"8"}},
+                            {"n", {"9"}},   {"o", {"1\n2"}}};
+    EXPECT_EQ(store.getProperties(), expected);
 }
 
-TEST(VornPropertiesLineTest, ValueEndsAtTheFirstCarriageReturnEvenBeforeALineFeed)
+TEST(VornPropertiesLineTest, OtherSeparatorsArrayLinesAndWholeLineNames)
 {
-    VornProperties<std::string> store;
-    store.addProperty("a=1\n2\r3", '=');
-    EXPECT_EQ(store.getProperty("a"), "1\n2");
-}
+    VornProperties<ci_string> letters;
+    letters.addProperty("keyXvalue", 'x');
+    EXPECT_EQ(letters.getProperty("key"), "value");
 
-TEST(VornPropertiesLineTest, CaseInsensitiveStoresFindALetterSeparatorInEitherCase)
-{
-    VornProperties<ci_string> store;
-    store.addProperty("keyXvalue", 'x');
-    EXPECT_EQ(store.getProperty("key"), "value");
-}
-
-TEST(VornPropertiesLineTest, WholeLineFormStoresTheLineAsAName)
-{
-    VornProperties<std::string> store;
-    store.addPropertyforWSmanDA("a=b\r");
-    store.addPropertyforWSmanDA("#c");
-    store.addPropertyforWSmanDA("");
-    EXPECT_EQ(namesOf(store), Values{"a=b\r"});
-    EXPECT_EQ(store.getProperty("a=b\r"), "");
-}
-
-TEST(VornPropertiesLineTest, ArrayFormReadsCountLinesAndNothingBelowOne)
-{
-    const char* lines[] = {"a=1", "b=2"};
-    VornProperties<std::string> store;
-    store.loadProperties(lines, 0);
-    store.loadProperties(lines, -1);
-    EXPECT_EQ(store.size(), 0u);
-    store.loadProperties(lines, 1);
-    EXPECT_EQ(namesOf(store), Values{"a"});
-
-    const wchar_t* wideLines[] = {L"x:1"};
+    const wchar_t* lines[] = {L"x:1", L"y:2"};
     VornProperties<std::wstring> wide;
-    wide.loadProperties(wideLines, 1, L':');
-    EXPECT_EQ(wide.getProperty(L"x"), L"1");
+    wide.loadProperties(lines, 0, L':');
+    wide.loadProperties(lines, -1, L':');
+    EXPECT_EQ(wide.size(), 0u);
+    wide.loadProperties(lines, 1, L':');
+    EXPECT_EQ(wide.getPropertyValues(L"x"), std::vector<std::wstring>{L"1"});
+    EXPECT_EQ(wide.size(), 1u);
+
+    VornProperties<std::string> whole;
+    whole.addPropertyforWSmanDA("a=b\r");
+    whole.addPropertyforWSmanDA("#c");
+    EXPECT_EQ(whole.getProperties(), (Table{{"a=b\r", {""}}}));
 }
 
 TYPED_TEST(AllStoresFileTest, Utf16FileWithMarkGivesItsNames)
@@ -145,61 +119,49 @@ TYPED_TEST(AllStoresFileTest, Utf16FileWithMarkGivesItsNames)
     VornProperties<TypeParam> store;
     ASSERT_TRUE(store.loadProperties(this->write(this->utf16(u"a=1\r\nb=2")), '='));
     EXPECT_EQ(store.size(), 2u);
-    EXPECT_EQ(store.getProperty(text<TypeParam>("a")), text<TypeParam>("1"));
-    EXPECT_EQ(store.getProperty(text<TypeParam>("b")), text<TypeParam>("2"));
+    EXPECT_EQ(store.getProperty(this->text("a")), this->text("1"));
+    EXPECT_EQ(store.getProperty(this->text("b")), this->text("2"));
 }
 
 TYPED_TEST(AllStoresFileTest, PlainFileWithCrLfGivesCleanValuesAndLastLineNeedsNoEnd)
 {
     VornProperties<TypeParam> store;
     ASSERT_TRUE(store.loadProperties(this->write("a=1\r\nflag\r\nb=2"), '='));
-    EXPECT_EQ(store.getProperty(text<TypeParam>("a")), text<TypeParam>("1"));
-    EXPECT_EQ(store.getProperty(text<TypeParam>("flag\r")), text<TypeParam>(""));
-    EXPECT_EQ(store.getProperty(text<TypeParam>("b")), text<TypeParam>("2"));
+    EXPECT_EQ(store.getProperty(this->text("a")), this->text("1"));
+    EXPECT_EQ(store.getProperty(this->text("flag\r")), this->text(""));
+    EXPECT_EQ(store.getProperty(this->text("b")), this->text("2"));
 }
 
 TYPED_TEST(AllStoresFileTest, SavedFileHoldsOneLinePerNameWithTheFirstValue)
 {
     VornProperties<TypeParam> store;
-    store.addProperty(text<TypeParam>("b"), text<TypeParam>("2"));
-    store.addProperty(text<TypeParam>("a"), text<TypeParam>("1"));
-    store.addProperty(text<TypeParam>("a"), text<TypeParam>("3"));
+    store.addProperty(this->text("b"), this->text("2"));
+    store.addProperty(this->text("a"), this->text("1"));
+    store.addProperty(this->text("a"), this->text("3"));
     const std::string path = this->write("old content that is longer");
     ASSERT_TRUE(store.saveProperties(path));
     EXPECT_EQ(this->read(path), "a=1\nb=2\n");
 }
 
-TEST_F(PropertyFileTest, EmptyFileLoadsAndAddsNothing)
+TEST_F(PropertyFileTest, OnlyFFFEAtTheStartMarksUtf16)
 {
     VornProperties<std::string> store;
     EXPECT_TRUE(store.loadPropertiesImpl(write("")));
     EXPECT_EQ(store.size(), 0u);
-}
-
-TEST_F(PropertyFileTest, MarkOtherThanUtf16LittleEndianIsPlainText)
-{
-    VornProperties<std::string> store;
     store.loadProperties(write("\xFF" "a=1\n"));
     store.loadProperties(write("\xFE\xFF" "b=2"));
     store.loadProperties(write("\xEF\xBB\xBF" "c=3"));
     store.loadProperties(write("\xFF"));
-    EXPECT_EQ(namesOf(store), (Values{"\xEF\xBB\xBF" "c", "\xFE\xFF" "b", "\xFF", "\xFF" "a"}));
+    const Table expected = {{"\xEF\xBB\xBF" "c", {"3"}}, {"\xFE\xFF" "b", {"2"}}, {"\xFF", {""}}, {"\xFF" "a", {"1"}}};
+    EXPECT_EQ(store.getProperties(), expected);
 }
 
-TEST_F(PropertyFileTest, Utf16LineLongerThanTheFirstBufferIsReadWhole)
+TEST_F(PropertyFileTest, Utf16LinesOfAnyLengthAndAnOddLastByte)
 {
-    const std::u16string value(20000, u'v');
     VornProperties<std::wstring> store;
-    store.loadProperties(write(utf16(u"a=" + value + u"\nb=2\n")));
+    store.loadProperties(write(utf16(u"a=" + std::u16string(20000, u'v') + u"\nb=12") + "3"));
     EXPECT_EQ(store.getProperty(L"a"), std::wstring(20000, L'v'));
-    EXPECT_EQ(store.getProperty(L"b"), L"2");
-}
-
-TEST_F(PropertyFileTest, Utf16OddLastByteIsDropped)
-{
-    VornProperties<std::string> store;
-    store.loadProperties(write(utf16(u"a=12") + "3"));
-    EXPECT_EQ(store.getProperty("a"), "12");
+    EXPECT_EQ(store.getProperty(L"b"), L"12");
 }
 
 TEST_F(PropertyFileTest, Utf16CodeUnitsBecomeWideCharactersAndLowBytesInNarrowStores)
@@ -211,114 +173,89 @@ TEST_F(PropertyFileTest, Utf16CodeUnitsBecomeWideCharactersAndLowBytesInNarrowSt
     EXPECT_EQ(wide.getProperty(L"a"), L"\u00E9\u20AC\u010Ab=2");
     VornProperties<std::string> narrow;
     narrow.loadProperties(path);
-    EXPECT_EQ(narrow.getProperty("a"), "\xE9\xAC");
-    EXPECT_EQ(narrow.getProperty("b"), "2");
+    EXPECT_EQ(narrow.getProperties(), (Table{{"a", {"\xE9\xAC"}}, {"b", {"2"}}}));
 }
 
-TEST_F(PropertyFileTest, LoadingTwiceAddsToTheStoreByItsRule)
+TEST_F(PropertyFileTest, LoadingAddsToTheStoreByItsRule)
 {
-    const std::string path = write("a=1\nb=2\n");
+    const std::string path = write("a=1\nb=2\na=3\n");
     VornProperties<std::string> multi;
     multi.loadProperties(path);
     multi.loadProperties(path);
-    EXPECT_EQ(multi.size(), 2u);
-    EXPECT_EQ(multi.getPropertyValues("a"), (Values{"1", "1"}));
-
+    EXPECT_EQ(multi.getProperties(), (Table{{"a", {"1", "3", "1", "3"}}, {"b", {"2", "2"}}}));
     VornProperties<std::string> single(false);
-    single.loadProperties(write("a=1\na=2\n"));
-    EXPECT_EQ(single.getPropertyValues("a"), Values{"2"});
+    single.loadProperties(path);
+    EXPECT_EQ(single.getPropertyValues("a"), Values{"3"});
 }
 
-TEST_F(PropertyFileTest, FileThatCannotBeOpenedFailsWithItsPath)
+TEST_F(PropertyFileTest, MissingFilesAndDirectoriesCannotBeLoaded)
 {
-    VornProperties<std::string> store;
-    const std::string path = m_directory + "/missing";
-    EXPECT_FALSE(store.loadPropertiesImpl(path));
-    try {
-        store.loadProperties(path);
-        FAIL() << "no exception";
-    } catch (const VornException& error) {
-        EXPECT_EQ(error.getText(), "VornProperties<StringType>::loadProperties: couldn't open file " + path);
-        EXPECT_EQ(error.getCode(), 0);
-    }
-}
-
-TEST_F(PropertyFileTest, DirectoryLoadsLikeAFileThatCannotBeOpened)
-{
+    const std::string missing = m_directory + "/missing";
     VornProperties<std::string> narrow;
     VornProperties<ci_wstring> wide;
-    EXPECT_FALSE(narrow.loadPropertiesImpl(m_directory));
-    EXPECT_FALSE(wide.loadPropertiesImpl(m_directory));
-    EXPECT_THROW(narrow.loadProperties(m_directory), VornException);
-}
-
-TEST_F(PropertyFileTest, SavingToAnUnwritablePathThrowsAndKeepsTheStore)
-{
-    VornProperties<std::string> store;
-    store.addProperty("a", "1");
-    const std::string path = m_directory + "/no/such/dir";
-    EXPECT_FALSE(store.savePropertiesImpl(path));
-    try {
-        store.saveProperties(path);
-        FAIL() << "no exception";
-    } catch (const VornException& error) {
-        EXPECT_EQ(error.getText(), "VornProperties<StringType>::saveProperties: couldn't open file " + path);
+    for (const std::string& path : {missing, m_directory}) {
+        EXPECT_FALSE(narrow.loadPropertiesImpl(path));
+        EXPECT_FALSE(wide.loadPropertiesImpl(path));
+        try {
+            narrow.loadProperties(path);
+            ADD_FAILURE() << "no exception for " << path;
+        } catch (const VornException& error) {
+            EXPECT_EQ(error.getText(), "VornProperties<StringType>::loadProperties: couldn't open file " + path);
+        }
     }
-    EXPECT_EQ(store.getProperty("a"), "1");
 }
 
-TEST_F(PropertyFileTest, SavingAnEmptyStoreMakesAnEmptyFile)
+TEST_F(PropertyFileTest, SavingWritesTextsUpToTheirFirstNulOrFailsWithThePath)
 {
     const std::string path = write("a=1\n");
     ASSERT_TRUE(VornProperties<std::string>().saveProperties(path));
     EXPECT_EQ(read(path), "");
-}
-
-TEST_F(PropertyFileTest, TextsAreWrittenUpToTheirFirstNul)
-{
     VornProperties<std::string> store;
     store.addProperty(std::string("na\0me", 5), std::string("va\0lue", 6));
-    const std::string path = write("");
     store.saveProperties(path);
     EXPECT_EQ(read(path), "na=va\n");
+
+    const std::string unwritable = m_directory + "/no/such/dir";
+    EXPECT_FALSE(store.savePropertiesImpl(unwritable));
+    try {
+        store.saveProperties(unwritable);
+        FAIL() << "no exception";
+    } catch (const VornException& error) {
+        EXPECT_EQ(error.getText(), "VornProperties<StringType>::saveProperties: couldn't open file " + unwritable);
+    }
+    EXPECT_EQ(store.size(), 1u);
 }
 
 TEST_F(PropertyFileTest, RoundTripLosesWhatThePlainFormCannotHold)
 {
     VornProperties<std::string> store;
-    store.addProperty("multi", "1");
-    store.addProperty("multi", "2");
-    store.addProperty("x=y", "z");
-    store.addProperty("#hidden", "1");
-    store.addProperty("blank", "  v");
-    store.addProperty("cr", "a\rb");
-    store.addProperty("lf", "a\nnext=1");
-    store.addProperty("empty", "");
+    const std::vector<std::pair<const char*, const char*>> properties = {
+        {"multi", "1"}, {"multi", "2"}, {"x=y", "z"},   {"#hidden", "1"},
+        {"blank", "  v"}, {"cr", "a\rb"}, {"lf", "a\nnext=1"}, {"empty", ""}};
+    for (const auto& property : properties) {
+        store.addProperty(property.first, property.second);
+    }
     const std::string path = write("");
     store.saveProperties(path);
-
     VornProperties<std::string> back;
     back.loadProperties(path);
-    const std::map<std::string, Values> expected = {{"blank", {"v"}}, {"cr", {"a"}},   {"empty", {""}}, {"lf", {"a"}},
-                                                    {"multi", {"1"}}, {"next", {"1"}}, {"x", {"y=z"}}};
+    const Table expected = {{"blank", {"v"}}, {"cr", {"a"}},   {"empty", {""}}, {"lf", {"a"}},
+                            {"multi", {"1"}}, {"next", {"1"}}, {"x", {"y=z"}}};
     EXPECT_EQ(back.getProperties(), expected);
 }
 
-TEST_F(PropertyFileTest, LoadLogsTheFileAndAtLevelNineEveryProperty)
+TEST_F(PropertyFileTest, LoadsAndSavesLogTheFileAndLevelNineEveryProperty)
 {
-    testing::internal::CaptureStdout();
-    {
-        VornLogging logger("test", VornLogging::TargetStdout, 9);
-        VornLogging::setInstance(logger);
+    const std::string path = write("a=12\n");
+    const std::string output = loggedAtLevelNine([&] {
         VornProperties<std::string> store;
         store.addProperty("z", "old");
-        const std::string path = write("a=12\n");
         store.loadProperties(path);
-        VornLogging quiet("test", VornLogging::TargetStdout, -1);
-        VornLogging::setInstance(quiet);
-    }
-    const std::string output = testing::internal::GetCapturedStdout();
-    EXPECT_NE(output.find("VornProperties<StringType>::loadProperties: from file " + m_directory), std::string::npos);
-    EXPECT_NE(output.find("DebugPrintProperty: a=12 (2)"), std::string::npos);
-    EXPECT_NE(output.find("DebugPrintProperty: z=old (3)"), std::string::npos);
+        store.savePropertiesImpl(m_directory);
+    });
+    EXPECT_NE(output.find("VornProperties<StringType>::loadProperties: from file " + path + "\n"), std::string::npos);
+    EXPECT_NE(output.find("DebugPrintProperty: a=12 (2)\n"), std::string::npos);
+    EXPECT_NE(output.find("DebugPrintProperty: z=old (3)\n"), std::string::npos);
+    EXPECT_NE(output.find("VornProperties<StringType>::saveProperties: couldn't open file " + m_directory + "\n"),
+              std::string::npos);
 }

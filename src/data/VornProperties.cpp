@@ -4,6 +4,7 @@
 #include <vsupt/VornLocaleFactory.h>
 #include <vsupt/VornLogging.h>
 #include <vsupt/VornPropertyIteratorFunctor.h>
+#include <vsupt/VornSmartPointer.h>
 
 #include "frame/ExceptionBorder.h"
 
@@ -460,6 +461,7 @@ bool VornProperties<S>::savePropertiesImpl(const std::string& path)
 }
 
 template class VornProperties<std::string>;
+template class VornSmartPointer<VornProperties<std::string>>;
 template class VornProperties<std::wstring>;
 template class VornProperties<ci_string>;
 template class VornProperties<ci_wstring>;

@@ -110,7 +110,7 @@ public:
     }
 
     // Also true once a read has failed: a stream error ends the file.
-    bool atEnd() const
+    bool atEnd()
     {
         return m_utf16 ? ended(m_bytes) : ended(textStream());
     }
@@ -183,11 +183,6 @@ private:
         } else {
             return m_text;
         }
-    }
-
-    const std::basic_istream<CharType>& textStream() const
-    {
-        return const_cast<PropertyFileReader*>(this)->textStream();
     }
 
     std::ifstream m_bytes;

@@ -23,6 +23,26 @@ std::string programNameOf(int argc, char** argv)
     return argc > 0 && argv[0] != nullptr ? std::string(argv[0]) : std::string();
 }
 
+enum class LongOptionDeclaration { none, withoutData, withData };
+
+// The name of "name=value" is what stands before the first "=".
+std::string nameOf(const std::string& option)
+{
+    return option.substr(0, option.find('='));
+}
+
+LongOptionDeclaration declarationOf(const std::string& option, const std::string& longOptions)
+{
+    const std::string name = nameOf(option);
+    if (longOptions.find(":" + name + ":") != std::string::npos) {
+        return LongOptionDeclaration::withoutData;
+    }
+    if (longOptions.find(":" + name + ".:") != std::string::npos) {
+        return LongOptionDeclaration::withData;
+    }
+    return LongOptionDeclaration::none;
+}
+
 bool isOption(const char* arg, bool slashOptions)
 {
     return arg[0] == '-' || (slashOptions && arg[0] == '/');
@@ -191,12 +211,13 @@ bool VornProgramOptions::longOption(const std::string& option, const std::string
 {
     return letOutOnly<VornException>([&] {
         if (strict) {
-            const std::string name = option.substr(0, option.find('='));
-            if (longOptions.find(":" + name + ":") == std::string::npos) {
-                if (longOptions.find(":" + name + ".:") != std::string::npos) {
-                    return false;
-                }
-                throw unrecognizedOption("--", name);
+            switch (declarationOf(option, longOptions)) {
+            case LongOptionDeclaration::withData:
+                return false;
+            case LongOptionDeclaration::none:
+                throw unrecognizedOption("--", nameOf(option));
+            case LongOptionDeclaration::withoutData:
+                break;
             }
         }
         m_options.addProperty(option, '=');
@@ -205,16 +226,19 @@ bool VornProgramOptions::longOption(const std::string& option, const std::string
 }
 
 // A long option that takes data takes the next argument here, under the
-// whole text behind the dash.
+// whole text behind the dash. An undeclared name is decided without the
+// exception longOption would throw, since parsing then goes on with a letter.
 bool VornProgramOptions::takeAsLongOption(const std::string& text, int& i, int argc, char** argv,
                                           const std::string& longOptions)
 {
-    try {
-        if (longOption(text, longOptions, true)) {
-            return true;
-        }
-    } catch (VornException&) {
+    switch (declarationOf(text, longOptions)) {
+    case LongOptionDeclaration::none:
         return false;
+    case LongOptionDeclaration::withoutData:
+        m_options.addProperty(text, '=');
+        return true;
+    case LongOptionDeclaration::withData:
+        break;
     }
     if (++i >= argc) {
         throw optionDataNotAvailable(text);

@@ -6,8 +6,9 @@
 // delimiter is the last piece. Version strings and version ranges are split
 // with it. Provided for std::string. The class stands in the global
 // namespace, since VornSupport::VornTokenizer names the splitting functions
-// of VornStringUtilities.h. An object belongs to one thread and takes no
-// lock.
+// of VornStringUtilities.h; a file that includes both and uses the namespace
+// VornSupport calls those functions by their qualified name. An object
+// belongs to one thread and takes no lock.
 #ifndef VSUPT_VORNTOKENIZER_H
 #define VSUPT_VORNTOKENIZER_H
 

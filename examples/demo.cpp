@@ -1,13 +1,18 @@
-// A first tour of libvsupt: a logger with levels per category, an
-// exception that gathers messages on its way up, and a configuration read
-// from a property file named on the command line.
+// A first tour of libvsupt: a logger with levels per category, an exception
+// that gathers messages on its way up, a repeating timer whose dependent
+// writes a record at each expiry, and a configuration read from a property
+// file named on the command line.
 #include <vsupt/VornException.h>
 #include <vsupt/VornLocaleFactory.h>
 #include <vsupt/VornLogging.h>
+#include <vsupt/VornDependent.h>
+#include <vsupt/VornEvent.h>
 #include <vsupt/VornProgramOptions.h>
 #include <vsupt/VornProperties.h>
 #include <vsupt/VornStringUtilities.h>
+#include <vsupt/VornTimer.h>
 
+#include <atomic>
 #include <cstdio>
 #include <string>
 
@@ -41,6 +46,56 @@ void loadConfiguration()
     } catch (VornException& error) {
         error.pushMessage(L"while loading the configuration");
         throw;
+    }
+}
+
+// Hears the timer's expiries on the timer's own short-lived threads, and
+// wakes main from the last beat it waits for on. The event is a pulse: a
+// wake-up that comes before main sleeps is lost, and the next beat, a
+// second later, sends another.
+class HeartbeatWriter : public VornDependent {
+public:
+    HeartbeatWriter(int beats, VornEvent& done) : m_beats(beats), m_done(done) {}
+
+    void handleNotification(VornCollaborator&, const VornNotification&) override
+    {
+        const int beat = ++m_heard;
+        if (beat > m_beats) {
+            m_done.set();
+            return;
+        }
+        if (logsAt(5)) {
+            logger() << setloglevel("timer", 5) << "heartbeat " << beat << " of " << m_beats << endrecord;
+        }
+        if (beat == m_beats) {
+            m_done.set();
+        }
+    }
+
+    bool finished() const { return m_heard >= m_beats; }
+
+private:
+    const int m_beats;
+    std::atomic<int> m_heard{0};
+    VornEvent& m_done;
+};
+
+// A repeating timer of one second, for a few beats, while the main thread
+// sleeps in an event.
+void runHeartbeat(int beats)
+{
+    VornEvent done;
+    HeartbeatWriter writer(beats, done);
+    VornTimer timer(1000, false);
+    timer.addDependent(writer);
+    timer.reset();
+    while (!writer.finished()) {
+        done.wait(-1);
+    }
+    timer.stop();
+    timer.removeDependent(writer);
+    if (logsAt(1)) {
+        logger() << setloglevel("timer", 1) << "timer stopped after " << beats << " beats" << endrecord;
     }
 }
 
@@ -119,6 +174,7 @@ int main(int argc, char** argv)
         logger() << setloglevel(0) << "level 0 records carry no prefix" << endrecord;
     }
 
+    runHeartbeat(3);
     readConfiguration(argc, argv);
     return 0;
 }

@@ -15,7 +15,9 @@ namespace VornSupport {
 class VSUPT_API VornCriticalSection {
 public:
     VornCriticalSection(VornCriticalSectionObject& section, bool lockNow);
-    ~VornCriticalSection();
+    // Not noexcept: a thread cancelled while the guard gives its lock back
+    // unwinds through here.
+    ~VornCriticalSection() noexcept(false);
 
     VornCriticalSection(const VornCriticalSection&) = delete;
     VornCriticalSection& operator=(const VornCriticalSection&) = delete;

@@ -24,6 +24,8 @@
 #include <vsupt/VsuptExport.h>
 #include <vsupt/VornCollaborator.h>
 
+#include <vector>
+
 struct EventImplementation;
 
 namespace VornSupport {
@@ -47,6 +49,16 @@ public:
     // VornEventNotification, given back to destroyNotification after use.
     virtual VornNotification* createNotification();
     virtual void destroyNotification(VornNotification* notification);
+
+    // Waits for all the events, or with waitAll false for one of them, each
+    // on a thread of its own, for at most timeoutMs by the rules of
+    // VornThread's wait. Returns 0 when all were set, the position of the
+    // event for a wait for one, -2 on time-out. On its way out it sets every
+    // event of the vector, the ones not signalled too: that is what ends the
+    // threads still asleep in them.
+    static int wait(std::vector<VornEvent*>& events, bool waitAll, int timeoutMs);
+    // events is an array of count objects of exactly this class.
+    static int wait(int count, VornEvent* events, bool waitAll, int timeoutMs);
 
     void addDependent(VornDependent& dependent);
     void removeDependent(VornDependent& dependent);

@@ -17,14 +17,30 @@
 // of the form "YYYYMMDD_HH:MM:SS level category [thread] text", written to
 // the targets chosen by bits: 1 the log file, 2 stdout.
 //
+// Target bit 1 writes to a file named after the configured name: its
+// extension cut, a number from rand() and ".log" appended. The file is
+// opened by the constructor and by setTarget, and closed by setTarget and
+// the destructor.
+//
+// A quiet timer watches open records: it starts with the first granted item
+// of a record and stops at endrecord. If a writer was cancelled inside a
+// record, its lock was freed but its text left behind; when the timer has
+// run for 60 seconds, a short-lived thread finishes that record. The timer
+// itself never touches m_lock, so that m_lock and the timer manager's locks
+// are never taken in opposite orders.
+//
 // setInstance, setTarget, setLogLevel and getLogLevel take no lock: a
-// program calls them at quiet moments, at start-up above all.
+// program calls them at quiet moments, at start-up above all. A logger is
+// destroyed at a quiet moment too: the thread that finishes a record keeps a
+// plain pointer to it.
 #ifndef VSUPT_VORNLOGGING_H
 #define VSUPT_VORNLOGGING_H
 
 #include <vsupt/VsuptExport.h>
 #include <vsupt/VornCriticalSectionObject.h>
+#include <vsupt/VornDependent.h>
 #include <vsupt/VornSetLogLevelManipulator.h>
+#include <vsupt/VornTimer.h>
 #include <vsupt/char_traits_ci.h>
 
 #include <cstdio>
@@ -34,7 +50,7 @@
 
 namespace VornSupport {
 
-class VSUPT_API VornLogging {
+class VSUPT_API VornLogging : private VornDependent {
 public:
     // Target bits.
     enum { TargetFile = 1, TargetStdout = 2 };
@@ -42,7 +58,11 @@ public:
     // Target stdout, logging off (level -1), file name "log".
     VornLogging();
     VornLogging(const std::string& fileName, int target, int level);
-    virtual ~VornLogging();
+    // Finishes no record: text still in the stream is lost.
+    ~VornLogging() override;
+
+    // An expiry of the quiet timer: starts a thread that calls timerElapsed.
+    void handleNotification(VornCollaborator& source, const VornNotification& notification) override;
 
     VornLogging(const VornLogging&) = delete;
     VornLogging& operator=(const VornLogging&) = delete;
@@ -90,8 +110,18 @@ public:
     // level of m_lock. Does nothing if another thread is inside a record.
     void endrecord();
 
+    // Opens the file if the target has bit 1.
     virtual void startLogging();
+    // Closes the file if the target has bit 1 and newTarget has not.
     virtual void stopLogging(int newTarget);
+    // Opens the file unless it is open. A failure is told on stderr, and the
+    // logger goes on without a file.
+    void openLogFile();
+    void cancelTimer();
+    // Starts the quiet timer, unless it runs already for the open record.
+    void resetTimer();
+    // Finishes the record of a writer that was cancelled inside it.
+    void timerElapsed();
 
 private:
     void appendText(const char* text, std::size_t length);
@@ -106,9 +136,11 @@ private:
     std::ostringstream m_stream;
     FILE* m_pFile;
     VornCriticalSectionObject m_lock;
+    VornTimer m_timer;
     std::map<std::string, int> m_categoryLevels;
     std::string m_fileName;
     bool m_bPrefix;
+    bool m_bTimerCancelled;
 
     static VornLogging* m_pInstance;
 };

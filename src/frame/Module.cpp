@@ -163,14 +163,13 @@ void VSUPTFinitVornObjectBase()
     g_pCriticalSection = nullptr;
 }
 
-void VSUPTInitVornThread() {}
+// The logger's modules have nothing to start or stop: a program makes and
+// installs its own logger. The thread and timer modules live with their
+// classes.
 void VSUPTInitVornLogging() {}
-void VSUPTInitVornTimer() {}
 void VSUPTInitVornLoggingTimer() {}
 
 void VSUPTFinitVornLoggingTimer() {}
-void VSUPTFinitVornTimer() {}
 void VSUPTFinitVornLogging() {}
-void VSUPTFinitVornThread() {}
 
 }  // namespace VornSupport

@@ -3,9 +3,14 @@
 #include <vsupt/VornLocaleFactory.h>
 #include <vsupt/VornStringUtilities.h>
 
+#include "log/LibraryLog.h"
+#include "log/VornLoggingEventTimerThread.h"
+
 #include <pthread.h>
 
+#include <cerrno>
 #include <charconv>
+#include <cstdlib>
 #include <cstring>
 #include <ctime>
 
@@ -19,6 +24,7 @@ namespace {
 thread_local char g_szLogBuf[8192];
 
 const int kAllCategoriesLevel = 9;
+const long kQuietTimerMs = 60000;
 
 // "YYYYMMDD_HH:MM:SS" of the local time now. Records come many to a second,
 // so each thread keeps the text of the last second it formatted.
@@ -77,6 +83,20 @@ void writeLine(FILE* stream, const std::string& line)
     std::fflush(stream);
 }
 
+// The configured name with its last extension (the last dot anywhere, in a
+// directory too) replaced by a number from rand() and ".log". One leading
+// double quote goes; a closing one normally leaves with the extension.
+std::string logFileName(const std::string& configured)
+{
+    std::string name = configured.substr(0, configured.rfind('.'));
+    name += std::to_string(std::rand());
+    name += ".log";
+    if (!name.empty() && name[0] == '"') {
+        name.erase(0, 1);
+    }
+    return name;
+}
+
 }  // namespace
 
 VornLogging* VornLogging::m_pInstance = nullptr;
@@ -91,9 +111,12 @@ VornLogging::VornLogging(const std::string& fileName, int target, int level)
       m_logLevel(level),
       m_currentLevel(kAllCategoriesLevel),
       m_pFile(nullptr),
+      m_timer(kQuietTimerMs, false),
       m_fileName(fileName),
-      m_bPrefix(true)
+      m_bPrefix(true),
+      m_bTimerCancelled(true)
 {
+    m_timer.addDependent(*this);
     startLogging();
 }
 
@@ -153,9 +176,71 @@ void VornLogging::setCurrentLevel(const std::string& category, int level)
     }
 }
 
-void VornLogging::startLogging() {}
+void VornLogging::startLogging()
+{
+    if ((m_target & TargetFile) != 0) {
+        openLogFile();
+    }
+}
 
-void VornLogging::stopLogging(int) {}
+void VornLogging::stopLogging(int newTarget)
+{
+    if ((m_target & TargetFile) != 0 && (newTarget & TargetFile) == 0 && m_pFile != nullptr) {
+        std::fclose(m_pFile);
+        m_pFile = nullptr;
+    }
+}
+
+void VornLogging::openLogFile()
+{
+    if (m_pFile != nullptr) {
+        return;
+    }
+    const std::string name = logFileName(m_fileName);
+    std::fprintf(stderr, "VornLogging: Opening %s for logging...\n", name.c_str());
+    m_pFile = std::fopen(name.c_str(), "w");
+    if (m_pFile == nullptr) {
+        std::fprintf(stderr, "VornLogging: Cannot open log file %s (%d)\n", name.c_str(), errno);
+    }
+}
+
+// ---------------------------------------------------------------------------
+// The quiet timer
+
+void VornLogging::cancelTimer()
+{
+    m_timer.stop();
+    m_bTimerCancelled = true;
+}
+
+// The 60 seconds count from the record's first granted item.
+void VornLogging::resetTimer()
+{
+    if (m_bTimerCancelled) {
+        m_timer.reset();
+        m_bTimerCancelled = false;
+    }
+}
+
+// Runs inside the timer manager's scan, which holds the manager's locks:
+// taking m_lock here would take them in the opposite order to a writer, so
+// the record is finished on a thread of its own.
+void VornLogging::handleNotification(VornCollaborator&, const VornNotification&)
+{
+    VornLoggingEventTimerThread* thread = new VornLoggingEventTimerThread(this);
+    thread->setMarkForDeath();
+    thread->start();
+}
+
+// endrecord gets through only when no live thread is inside a record: then
+// the text a cancelled writer left goes out, under the level and category
+// it had set.
+void VornLogging::timerElapsed()
+{
+    endrecord();
+    logLibraryRecord(kAllCategoriesLevel,
+                     "VornLogging::timerElapsed: called (NOTE: This message only appears and repeats when LogLevel = 9)");
+}
 
 // ---------------------------------------------------------------------------
 // Records
@@ -167,6 +252,7 @@ bool VornLogging::getLogAccess()
         m_lock.unlock();
         return false;
     }
+    resetTimer();
     return true;
 }
 
@@ -177,6 +263,7 @@ void VornLogging::endrecord()
     }
     int level = m_logLevel;
     std::string name = "Global";
+    cancelTimer();
     if (!m_category.empty()) {
         const auto found = m_categoryLevels.find(m_category);
         if (found != m_categoryLevels.end()) {

@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <type_traits>
 
 using VornSupport::g_pCriticalSection;
 
@@ -48,6 +49,39 @@ LockImplementation* heldLocksHead()
 void setHeldLocksHead(LockImplementation* head)
 {
     pthread_setspecific(LockThreadStorage::m_mutexListKey, head);
+}
+
+// A thread cancelled asynchronously in the middle of taking or freeing the
+// mutex would leave it taken, or taken but off the list its clean-up walks.
+// So those steps run with cancellation deferred, and a kill that comes
+// meanwhile takes effect when the caller's type is given back, with the
+// list exact. Threads that are not asynchronous pay one call.
+int deferCancellation()
+{
+    int previous = PTHREAD_CANCEL_DEFERRED;
+    pthread_setcanceltype(PTHREAD_CANCEL_DEFERRED, &previous);
+    return previous;
+}
+
+void restoreCancellation(int previous)
+{
+    if (previous != PTHREAD_CANCEL_DEFERRED) {
+        pthread_setcanceltype(previous, nullptr);
+    }
+}
+
+template <class Step>
+auto outOfCancellation(Step step) -> decltype(step())
+{
+    const int previous = deferCancellation();
+    if constexpr (std::is_void_v<decltype(step())>) {
+        step();
+        restoreCancellation(previous);
+    } else {
+        const auto result = step();
+        restoreCancellation(previous);
+        return result;
+    }
 }
 }  // namespace
 
@@ -298,22 +332,26 @@ LockImplementation& VornCriticalSectionObject::implementation()
 
 void VornCriticalSectionObject::lockFirstLevel()
 {
-    implementation().lock();
+    LockImplementation& lock = implementation();
+    outOfCancellation([&lock] { lock.lock(); });
 }
 
 void VornCriticalSectionObject::unlockLastLevel()
 {
-    implementation().unlock();
+    LockImplementation& lock = implementation();
+    outOfCancellation([&lock] { lock.unlock(); });
 }
 
 bool VornCriticalSectionObject::testAndSet()
 {
-    return implementation().testAndSet();
+    LockImplementation& lock = implementation();
+    return outOfCancellation([&lock] { return lock.testAndSet(); });
 }
 
 void VornCriticalSectionObject::unwind()
 {
-    implementation().unwind();
+    LockImplementation& lock = implementation();
+    outOfCancellation([&lock] { lock.unwind(); });
 }
 
 int VornCriticalSectionObject::lockCount()
@@ -339,7 +377,7 @@ VornCriticalSection::VornCriticalSection(VornCriticalSectionObject& section, boo
     }
 }
 
-VornCriticalSection::~VornCriticalSection()
+VornCriticalSection::~VornCriticalSection() noexcept(false)
 {
     unlock();
 }

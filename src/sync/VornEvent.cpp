@@ -1,5 +1,8 @@
 #include <vsupt/VornEvent.h>
 #include <vsupt/VornEventNotification.h>
+#include <vsupt/VornThread.h>
+
+#include "thread/VornEventWaitThread.h"
 
 #include <cerrno>
 #include <cstdint>
@@ -148,6 +151,30 @@ VornNotification* VornEvent::createNotification()
 void VornEvent::destroyNotification(VornNotification* notification)
 {
     delete notification;
+}
+
+int VornEvent::wait(std::vector<VornEvent*>& events, bool waitAll, int timeoutMs)
+{
+    std::vector<VornThread*> threads;
+    for (VornEvent* event : events) {
+        VornThread* thread = new VornEventWaitThread(*event, timeoutMs);
+        thread->start();
+        threads.push_back(thread);
+    }
+    const int result = VornThread::wait(threads, waitAll, timeoutMs);
+    for (VornThread* thread : threads) {
+        delete thread;
+    }
+    return result;
+}
+
+int VornEvent::wait(int count, VornEvent* events, bool waitAll, int timeoutMs)
+{
+    std::vector<VornEvent*> all;
+    for (int i = 0; i < count; ++i) {
+        all.push_back(&events[i]);
+    }
+    return wait(all, waitAll, timeoutMs);
 }
 
 void VornEvent::addDependent(VornDependent& dependent)

@@ -1,0 +1,83 @@
+// An event that sets itself when its interval is up.
+//
+// All timers of a process share one interval timer of the system, driven by
+// VornTimerManager: start and reset put the timer into the manager's list,
+// sorted by expiry in whole seconds of time(), and stop takes it out. Each
+// expiry runs on a short-lived thread of its own, which calls the timer's
+// virtual set(): dependents hear a VornEventNotification there, sleepers
+// wake, and subclasses override set for a callback. A repeating timer is
+// back in the list, with an expiry counted from that moment, before its
+// handler runs; so periods drift, and none is made up for.
+//
+// Intervals count in whole seconds: milliseconds are kept, but a timer is
+// due as soon as the clock reaches its second, so an interval below one
+// second fires almost at once and 1500 ms fire after about a second. Of
+// timers due in the same second, the one started last fires first.
+//
+// The manager does not own its timers: a timer stops itself when it goes.
+// start, stop and reset may run on any thread, and from a timer's own
+// handler; they take the manager's list lock and raise SIGUSR1.
+#ifndef VSUPT_VORNTIMER_H
+#define VSUPT_VORNTIMER_H
+
+#include <vsupt/VsuptExport.h>
+#include <vsupt/VornEvent.h>
+
+#include <cstdint>
+
+namespace VornSupport {
+
+class VornTimerManager;
+
+class VSUPT_API VornTimer : public VornEvent {
+public:
+    // A length of time, or a moment in seconds since the epoch, with a
+    // remainder in milliseconds. The comparisons look at the seconds alone
+    // where they differ; at equal seconds they read the left side's fields
+    // against each other, so that for moments "a < b" and "a <= b" are both
+    // true and "a == b" is false. The scheduler's order depends on that.
+    class VSUPT_API TimeInterval {
+    public:
+        TimeInterval();
+        TimeInterval(long seconds, long milliseconds);
+
+        // Moves whole seconds out of milliseconds, truncating.
+        void set(long seconds, long milliseconds);
+
+        bool operator<(const TimeInterval& other) const;
+        bool operator==(const TimeInterval& other) const;
+        bool operator<=(const TimeInterval& other) const;
+
+        std::int64_t m_seconds;
+        std::int64_t m_milliseconds;
+    };
+
+    // Interval 0, repeating.
+    VornTimer();
+    VornTimer(long milliseconds, bool oneShot);
+    VornTimer(long seconds, long milliseconds, bool oneShot);
+    ~VornTimer() override;
+
+    // Restarts the timer from now with its stored interval; starts one that
+    // was only constructed.
+    void reset() override;
+    virtual void start(long milliseconds, bool oneShot);
+    // An interval with neither part positive stores the values and leaves
+    // the timer stopped.
+    virtual void start(long seconds, long milliseconds, bool oneShot);
+    virtual void stop();
+    virtual bool isOneShot() const;
+
+private:
+    friend class VornTimerManager;
+
+    TimeInterval m_interval;
+    TimeInterval m_expiry;
+    bool m_bOneShot;
+    bool m_bVisited;
+    bool m_bQueued;
+};
+
+}  // namespace VornSupport
+
+#endif

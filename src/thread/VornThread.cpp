@@ -1,0 +1,440 @@
+#include <vsupt/VornThread.h>
+#include <vsupt/Module.h>
+#include <vsupt/VornCriticalSection.h>
+#include <vsupt/VornTimer.h>
+#include <vsupt/VornDependent.h>
+
+#include "frame/ExceptionBorder.h"
+#include "log/LibraryLog.h"
+#include "thread/LibrarySignals.h"
+
+#include <cxxabi.h>
+#include <pthread.h>
+#include <signal.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <typeinfo>
+
+namespace VornSupport {
+
+namespace {
+
+// Threads that have deleted their object and wait to be joined by the
+// SIGUSR2 handler. Neither is ever destroyed: a thread may end, and the
+// handler run, while the process's statics are going.
+VornCriticalSectionObject& g_exitThreadLock = *new VornCriticalSectionObject;
+std::vector<unsigned long>& g_vExitThreads = *new std::vector<unsigned long>;
+
+}  // namespace
+
+// ---------------------------------------------------------------------------
+// VornWorkInformation, VornRunnable, ThreadDone
+
+VornWorkInformation::VornWorkInformation() = default;
+VornWorkInformation::VornWorkInformation(const VornWorkInformation& other) : VornObjectBase(other) {}
+VornWorkInformation& VornWorkInformation::operator=(const VornWorkInformation& other)
+{
+    VornObjectBase::operator=(other);
+    return *this;
+}
+VornWorkInformation::~VornWorkInformation() = default;
+
+VornThread::VornRunnable::~VornRunnable() = default;
+
+int VornThread::VornRunnable::run()
+{
+    return 0;
+}
+
+int VornThread::VornRunnable::run(VornWorkInformation&)
+{
+    return 0;
+}
+
+VornThread::ThreadDone::ThreadDone(int exitCode) : m_exitCode(exitCode) {}
+VornThread::ThreadDone::ThreadDone(const ThreadDone& other) : VornNotification(other), m_exitCode(other.m_exitCode) {}
+VornThread::ThreadDone& VornThread::ThreadDone::operator=(const ThreadDone& other)
+{
+    VornNotification::operator=(other);
+    m_exitCode = other.m_exitCode;
+    return *this;
+}
+VornThread::ThreadDone::~ThreadDone() = default;
+
+// ---------------------------------------------------------------------------
+// VornThread
+
+VornThread::VornThread() : VornThread(VornSmartPointer<VornRunnable>(), defaultName()) {}
+
+VornThread::VornThread(VornSmartPointer<VornRunnable> runnable) : VornThread(runnable, defaultName()) {}
+
+VornThread::VornThread(const std::string& name) : VornThread(VornSmartPointer<VornRunnable>(), name) {}
+
+VornThread::VornThread(VornSmartPointer<VornRunnable> runnable, const std::string& name)
+    : m_handle(nullptr),
+      m_name(name),
+      m_exitCode(-1),
+      m_bMarkForDeath(false),
+      m_bMarkForKill(false),
+      m_bRunning(false),
+      m_runnable(runnable),
+      m_lock(false)
+{
+}
+
+// Subclasses tell their body to stop in their own destructors: here the
+// object is a VornThread again, and the wait is the base one.
+VornThread::~VornThread()
+{
+    if (m_handle == nullptr) {
+        return;
+    }
+    if (m_bMarkForKill) {
+        kill();
+        return;
+    }
+    if (!m_bMarkForDeath) {
+        waitForThreadExit();
+    }
+    if (m_handle != nullptr) {
+        cleanup();
+    }
+}
+
+std::string VornThread::defaultName()
+{
+    return "class " + normalizeClassName(typeid(VornThread).name());
+}
+
+void VornThread::notify(const VornNotification& notification)
+{
+    VornCollaborator::notify(notification);
+}
+
+// m_bRunning is set before the thread exists: a thread marked for death may
+// have deleted this object by the time pthread_create returns.
+void VornThread::start()
+{
+    if (m_handle != nullptr) {
+        return;
+    }
+    pthread_t* handle = new pthread_t;
+    m_handle = handle;
+    m_bRunning = true;
+    if (pthread_create(handle, nullptr, VornThreadFn, this) != 0) {
+        delete handle;
+        m_handle = nullptr;
+        m_bRunning = false;
+    }
+}
+
+void VornThread::stop() {}
+
+void VornThread::setWorkInfo(VornSmartPointer<VornWorkInformation> work)
+{
+    m_workInfo = work;
+}
+
+// A body that has returned is not joined here: there is nothing to wait for.
+int VornThread::wait(int timeoutMs)
+{
+    if (m_handle == nullptr || !m_bRunning) {
+        return 0;
+    }
+    if (timeoutMs == -1) {
+        pthread_join(*m_handle, nullptr);
+        return 0;
+    }
+    std::vector<VornThread*> self{this};
+    return wait(self, true, timeoutMs);
+}
+
+int VornThread::setPriority(t_Priority)
+{
+    return 0;
+}
+
+int VornThread::run()
+{
+    return 0;
+}
+
+int VornThread::run(VornWorkInformation&)
+{
+    return 0;
+}
+
+void VornThread::waitForThreadExit()
+{
+    wait(-1);
+}
+
+void VornThread::kill()
+{
+    if (m_handle == nullptr) {
+        return;
+    }
+    pthread_cancel(*m_handle);
+    cleanup();
+}
+
+void VornThread::setMarkForDeath()
+{
+    m_bMarkForDeath = true;
+}
+
+void VornThread::setMarkForKill()
+{
+    m_bMarkForKill = true;
+    if (m_handle != nullptr) {
+        pthread_detach(*m_handle);
+    }
+}
+
+bool VornThread::isAlive()
+{
+    return m_handle != nullptr;
+}
+
+int VornThread::getExitCode() const
+{
+    return m_handle == nullptr ? -1 : m_exitCode;
+}
+
+const std::string& VornThread::getName() const
+{
+    return m_name;
+}
+
+void VornThread::setName(const std::string& name)
+{
+    m_name = name;
+}
+
+void* VornThread::getHandle()
+{
+    return m_handle;
+}
+
+unsigned long VornThread::getCurrentThreadId()
+{
+    return pthread_self();
+}
+
+void VornThread::cleanup()
+{
+    delete m_handle;
+    m_handle = nullptr;
+    m_bRunning = false;
+}
+
+int VornThread::runBody()
+{
+    if (m_runnable) {
+        return m_workInfo ? m_runnable->run(*m_workInfo) : m_runnable->run();
+    }
+    return m_workInfo ? run(*m_workInfo) : run();
+}
+
+// A body's exception ends the thread as a return of 0 would; cancellation
+// is an exception too, and goes on so that the thread dies.
+VSUPT_CATCHES_FORCED_UNWIND int VornThread::_run()
+{
+    int result = 0;
+    try {
+        result = runBody();
+    } catch (abi::__forced_unwind&) {
+        throw;
+    } catch (...) {
+        result = 0;
+    }
+    notify(ThreadDone(result));
+    return result;
+}
+
+// ---------------------------------------------------------------------------
+// The entry function of every thread, and the reaping of threads that
+// deleted themselves.
+
+namespace {
+
+void announceEnd(unsigned long id)
+{
+    {
+        VornCriticalSection guard(g_exitThreadLock, true);
+        g_vExitThreads.push_back(id);
+    }
+    ::kill(getpid(), SIGUSR2);
+}
+
+// Joins every thread that has announced its end. If the kernel picked one of
+// those very threads to run the handler, its own join fails and it is
+// dropped unreaped.
+void SignalHandler(int)
+{
+    const int savedErrno = errno;
+    {
+        VornCriticalSection guard(g_exitThreadLock, true);
+        for (unsigned long id : g_vExitThreads) {
+            pthread_join(static_cast<pthread_t>(id), nullptr);
+        }
+        g_vExitThreads.clear();
+    }
+    errno = savedErrno;
+}
+
+}  // namespace
+
+// The clean-up frees the critical sections of a thread that dies by
+// cancellation. The body is reached through virtual calls, which keeps the
+// frames between here and the body unwindable wherever a cancel lands.
+void* VornThreadFn(void* self)
+{
+    pthread_setcanceltype(PTHREAD_CANCEL_ASYNCHRONOUS, nullptr);
+    VornThread* thread = static_cast<VornThread*>(self);
+    int result;
+    pthread_cleanup_push(VornCriticalSectionRecoverFn, nullptr);
+    result = thread->_run();
+    pthread_cleanup_pop(0);
+    if (!thread->m_bMarkForDeath) {
+        thread->m_bRunning = false;
+        thread->m_exitCode = result;
+        return self;
+    }
+    const bool known = thread->m_handle != nullptr;
+    const unsigned long id = known ? *thread->m_handle : 0;
+    delete thread;
+    if (known) {
+        announceEnd(id);
+    }
+    return nullptr;
+}
+
+void VSUPTInitVornThread()
+{
+    installLibrarySignalHandler(SIGUSR2, SignalHandler);
+}
+
+void VSUPTFinitVornThread() {}
+
+// ---------------------------------------------------------------------------
+// Waits over threads
+
+namespace {
+
+// The wait's time-out. A thread's end sets the event alone; an expiry also
+// raises the flag.
+class ThreadWaitTimer : public VornTimer {
+public:
+    explicit ThreadWaitTimer(bool* expired) : m_pExpired(expired) {}
+    ~ThreadWaitTimer() override { stop(); }
+
+    void set() override
+    {
+        *m_pExpired = true;
+        VornEvent::set();
+        logLibraryRecord(9, "ThreadWaitTimer::set: timer expired");
+    }
+
+    void setJustEvent()
+    {
+        VornEvent::set();
+        logLibraryRecord(9, "ThreadWaitTimer::setJustEvent: delay has not expired, just setting event");
+    }
+
+private:
+    bool* m_pExpired;
+};
+
+// Hears the ThreadDone of every awaited thread, on the ending thread.
+class ThreadWaitDependent : public VornDependent {
+public:
+    ThreadWaitDependent(ThreadWaitTimer* timer, VornCriticalSectionObject* lock, int* remaining)
+        : m_pTimer(timer), m_pLock(lock), m_pThread(nullptr), m_pRemaining(remaining)
+    {
+    }
+
+    // Only threads may be awaited: any other source throws std::bad_cast.
+    void handleNotification(VornCollaborator& source, const VornNotification&) override
+    {
+        VornCriticalSection guard(*m_pLock, true);
+        VornThread& thread = dynamic_cast<VornThread&>(source);
+        m_pThread = &thread;
+        logLibraryRecord(9, "ThreadWaitDependent::handleNotification: thread ", thread.getName(), " departed");
+        if (*m_pRemaining > 0) {
+            --*m_pRemaining;
+        }
+        m_pTimer->setJustEvent();
+        logLibraryRecord(9, "ThreadWaitDependent::handleNotification: returning");
+    }
+
+    VornThread* departed() const { return m_pThread; }
+
+private:
+    ThreadWaitTimer* m_pTimer;
+    VornCriticalSectionObject* m_pLock;
+    VornThread* m_pThread;
+    int* m_pRemaining;
+};
+
+int positionOf(const std::vector<VornThread*>& threads, const VornThread* thread)
+{
+    for (std::size_t i = 0; i < threads.size(); ++i) {
+        if (threads[i] == thread) {
+            return static_cast<int>(i);
+        }
+    }
+    return -1;
+}
+
+}  // namespace
+
+// The wake-up is not latched: a thread that ends while the waiter is awake
+// lowers the count but wakes nobody, and the loop's test of the count or the
+// time-out covers it.
+int VornThread::wait(std::vector<VornThread*>& threads, bool waitAll, int timeoutMs)
+{
+    bool expired = false;
+    ThreadWaitTimer timer(&expired);
+    int remaining = waitAll ? static_cast<int>(threads.size()) : 1;
+    VornCriticalSectionObject lock;
+    ThreadWaitDependent dependent(&timer, &lock, &remaining);
+    for (VornThread* thread : threads) {
+        thread->addDependent(dependent);
+    }
+    if (timeoutMs != -1) {
+        timer.start(static_cast<long>(timeoutMs), false);
+    }
+    int result = -4;
+    while (remaining > 0) {
+        timer.wait(-1);
+        if (expired) {
+            result = -2;
+            break;
+        }
+        VornCriticalSection guard(lock, true);
+        const int position = positionOf(threads, dependent.departed());
+        if (position >= 0) {
+            result = position;
+        }
+    }
+    for (VornThread* thread : threads) {
+        thread->removeDependent(dependent);
+    }
+    if (result != -2 && waitAll) {
+        result = 0;
+    }
+    return result;
+}
+
+int VornThread::wait(int count, VornThread* threads, bool waitAll, int timeoutMs)
+{
+    std::vector<VornThread*> all;
+    for (int i = 0; i < count; ++i) {
+        all.push_back(&threads[i]);
+    }
+    return wait(all, waitAll, timeoutMs);
+}
+
+}  // namespace VornSupport

@@ -1,0 +1,26 @@
+// The short-lived thread of one timer expiry: made by the SIGALRM handler,
+// marked for death, it scans the timer list once and deletes itself.
+#ifndef VSUPT_VORNTIMERTHREAD_H
+#define VSUPT_VORNTIMERTHREAD_H
+
+#include <vsupt/VornThread.h>
+
+namespace VornSupport {
+
+class VornTimerManager;
+
+class VornTimerThread : public VornThread {
+public:
+    explicit VornTimerThread(VornTimerManager& manager);
+    ~VornTimerThread() override;
+
+    // Gives up at once while the manager is going or cancelling.
+    int run() override;
+
+private:
+    VornTimerManager& m_manager;
+};
+
+}  // namespace VornSupport
+
+#endif

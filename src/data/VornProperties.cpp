@@ -7,6 +7,7 @@
 #include <vsupt/VornSmartPointer.h>
 
 #include "frame/ExceptionBorder.h"
+#include "log/LibraryLog.h"
 
 #include <algorithm>
 #include <fstream>
@@ -19,18 +20,6 @@ namespace {
 
 const char* const loadOperation = "VornProperties<StringType>::loadProperties: ";
 const char* const saveOperation = "VornProperties<StringType>::saveProperties: ";
-
-bool logsAt(int level)
-{
-    return VornLogging::isAccessAllowed() && VornLogging::getInstance()->getLogLevel() >= level;
-}
-
-void traceFileAccess(const std::string& text)
-{
-    if (logsAt(5)) {
-        *VornLogging::getInstance() << setloglevel(5) << text << endrecord;
-    }
-}
 
 std::string couldNotOpen(const char* operation, const std::string& path)
 {
@@ -49,8 +38,8 @@ void logContents(const std::map<S, std::vector<S>>& properties)
 {
     for (const auto& entry : properties) {
         const S& value = entry.second.front();
-        *VornLogging::getInstance() << setloglevel(9) << "DebugPrintProperty: " << entry.first << "=" << value
-                                    << " (" << static_cast<unsigned long>(value.length()) << ")" << endrecord;
+        logLibraryRecord(9, "DebugPrintProperty: ", entry.first, "=", value, " (",
+                         static_cast<unsigned long>(value.length()), ")");
     }
 }
 
@@ -400,10 +389,10 @@ bool VornProperties<S>::loadProperties(const std::string& path, CharType separat
 template <class S>
 bool VornProperties<S>::loadPropertiesImpl(const std::string& path, CharType separator)
 {
-    traceFileAccess(loadOperation + std::string("from file ") + path);
+    logLibraryRecord(5, loadOperation, "from file ", path);
     PropertyFileReader<CharType> reader;
     if (!reader.open(path)) {
-        traceFileAccess(couldNotOpen(loadOperation, path));
+        logLibraryRecord(5, couldNotOpen(loadOperation, path));
         return false;
     }
     typename PropertyFileReader<CharType>::Line line;
@@ -435,11 +424,11 @@ bool VornProperties<S>::saveProperties(const std::string& path)
 template <class S>
 bool VornProperties<S>::savePropertiesImpl(const std::string& path)
 {
-    traceFileAccess(saveOperation + std::string("to file ") + path);
+    logLibraryRecord(5, saveOperation, "to file ", path);
     std::basic_filebuf<CharType> file;
     file.pubimbue(fileLocale());
     if (file.open(path, std::ios::out | std::ios::trunc) == nullptr) {
-        traceFileAccess(couldNotOpen(saveOperation, path));
+        logLibraryRecord(5, couldNotOpen(saveOperation, path));
         return false;
     }
     std::basic_string<CharType> line;

@@ -1,11 +1,11 @@
 #include <vsupt/VornStringUtilities.h>
 #include <vsupt/VornException.h>
-#include <vsupt/VornLogging.h>
 #include <vsupt/VornProperties.h>
 #include <vsupt/ansi_ctype.h>
 #include <vsupt/utf8_ctype.h>
 
 #include "frame/ExceptionBorder.h"
+#include "log/LibraryLog.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -199,13 +199,6 @@ std::string VornBytesToHex(const char* bytes, int count)
 
 namespace {
 
-void traceExpansion(const char* what, const std::string& text)
-{
-    if (VornLogging::isAccessAllowed() && VornLogging::getInstance()->getLogLevel() >= 9) {
-        *VornLogging::getInstance() << setloglevel(9) << what << text << endrecord;
-    }
-}
-
 std::string environmentValue(const std::string& name)
 {
     const char* value = std::getenv(name.c_str());
@@ -218,7 +211,7 @@ template <class Lookup>
 std::string expand(const std::string& source, Lookup lookup)
 {
     std::string result = source;
-    traceExpansion("VornExpandString: expand = ", result);
+    logLibraryRecord(9, "VornExpandString: expand = ", result);
     for (;;) {
         const std::string::size_type open = result.find('<');
         if (open == std::string::npos) {
@@ -229,10 +222,10 @@ std::string expand(const std::string& source, Lookup lookup)
             break;
         }
         const std::string name = result.substr(open + 1, close - open - 1);
-        traceExpansion("VornExpandString: Lookup ", name);
+        logLibraryRecord(9, "VornExpandString: Lookup ", name);
         result.replace(open, close - open + 1, lookup(name));
     }
-    traceExpansion("VornExpandString: result = ", result);
+    logLibraryRecord(9, "VornExpandString: result = ", result);
     return result;
 }
 

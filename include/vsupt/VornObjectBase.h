@@ -48,6 +48,10 @@ protected:
     // Changed only under g_pCriticalSection (or by LockBase, which counts
     // without a lock); atomic so that refCount may read it at any time.
     std::atomic<long> m_nRefCount;
+
+private:
+    // Deletes the object when the count has come to 0.
+    long releaseCounted(long count);
 };
 
 }  // namespace VornSupport

@@ -131,6 +131,7 @@ private:
 
     int _run();
     int runBody();
+    void announceDone(int exitCode);
     void cleanup();
     static std::string defaultName();
 

@@ -22,8 +22,13 @@ VornObjectBase& VornObjectBase::operator=(const VornObjectBase& other)
 
 VornObjectBase::~VornObjectBase() = default;
 
+// A thread still running while the library stops finds the global section
+// gone, and counts on its own.
 long VornObjectBase::addRef()
 {
+    if (g_pCriticalSection == nullptr) {
+        return m_nRefCount.fetch_add(1) + 1;
+    }
     VornCriticalSection guard(*g_pCriticalSection, true);
     const long count = m_nRefCount.load(std::memory_order_relaxed) + 1;
     m_nRefCount.store(count, std::memory_order_relaxed);
@@ -32,16 +37,23 @@ long VornObjectBase::addRef()
 
 long VornObjectBase::release()
 {
+    if (g_pCriticalSection == nullptr) {
+        return releaseCounted(m_nRefCount.fetch_sub(1) - 1);
+    }
     VornCriticalSection guard(*g_pCriticalSection, true);
     const long count = m_nRefCount.load(std::memory_order_relaxed) - 1;
     m_nRefCount.store(count, std::memory_order_relaxed);
-    if (count != 0) {
-        return count;
-    }
     // The destructor runs outside the global section.
     guard.unlock();
-    delete this;
-    return 0;
+    return releaseCounted(count);
+}
+
+long VornObjectBase::releaseCounted(long count)
+{
+    if (count == 0) {
+        delete this;
+    }
+    return count;
 }
 
 long VornObjectBase::refCount() const

@@ -309,8 +309,10 @@ void VornCriticalSectionObject::createLock()
 {
     // The global section guards the first use of all the others, so it
     // cannot guard its own: threads that reach it first at the same moment
-    // each make a lock, and all but one give theirs up.
-    if (this == g_pCriticalSection) {
+    // each make a lock, and all but one give theirs up. The same is done
+    // when the global section is gone, for a thread still running while the
+    // library stops.
+    if (this == g_pCriticalSection || g_pCriticalSection == nullptr) {
         LockHolder* made = new LockHolder(new LockImplementation(m_bLockFlag));
         LockHolder* none = nullptr;
         if (!m_pLock.compare_exchange_strong(none, made, std::memory_order_acq_rel)) {

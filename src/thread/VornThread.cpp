@@ -16,15 +16,26 @@
 #include <cerrno>
 #include <typeinfo>
 
+#if defined(__SANITIZE_ADDRESS__)
+#define VSUPT_ADDRESS_SANITIZER 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define VSUPT_ADDRESS_SANITIZER 1
+#endif
+#endif
+#if VSUPT_ADDRESS_SANITIZER
+#include <sanitizer/asan_interface.h>
+#endif
+
 namespace VornSupport {
 
 namespace {
 
 // Threads that have deleted their object and wait to be joined by the
-// SIGUSR2 handler. Neither is ever destroyed: a thread may end, and the
-// handler run, while the process's statics are going.
-VornCriticalSectionObject& g_exitThreadLock = *new VornCriticalSectionObject;
-std::vector<unsigned long>& g_vExitThreads = *new std::vector<unsigned long>;
+// SIGUSR2 handler. They are built before the library's start-up object and
+// so go after its stop sequence, which ends the making of timer threads.
+VornCriticalSectionObject g_exitThreadLock __attribute__((init_priority(101)));
+std::vector<unsigned long> g_vExitThreads __attribute__((init_priority(101)));
 
 }  // namespace
 
@@ -249,8 +260,13 @@ VSUPT_CATCHES_FORCED_UNWIND int VornThread::_run()
     } catch (...) {
         result = 0;
     }
-    notify(ThreadDone(result));
+    announceDone(result);
     return result;
+}
+
+void VornThread::announceDone(int exitCode)
+{
+    notify(ThreadDone(exitCode));
 }
 
 // ---------------------------------------------------------------------------
@@ -284,19 +300,35 @@ void SignalHandler(int)
     errno = savedErrno;
 }
 
+// The clean-up of a thread that dies by cancellation: its critical
+// sections are freed. Under the address sanitizer, the frames that the
+// cancellation unwound keep their guard zones marked, and the thread's own
+// end would trip over them; they are cleared here.
+void recoverCancelledThread()
+{
+    VornCriticalSectionRecoverFn(nullptr);
+#if VSUPT_ADDRESS_SANITIZER
+    __asan_handle_no_return();
+#endif
+}
+
 }  // namespace
 
-// The clean-up frees the critical sections of a thread that dies by
-// cancellation. The body is reached through virtual calls, which keeps the
-// frames between here and the body unwindable wherever a cancel lands.
-void* VornThreadFn(void* self)
+// The body is reached through virtual calls, which keeps the frames between
+// here and the body unwindable wherever a cancel lands. This frame keeps no
+// object in memory, so that a cancel landing here, before the body, leaves
+// nothing behind either.
+VSUPT_CATCHES_FORCED_UNWIND void* VornThreadFn(void* self)
 {
     pthread_setcanceltype(PTHREAD_CANCEL_ASYNCHRONOUS, nullptr);
     VornThread* thread = static_cast<VornThread*>(self);
     int result;
-    pthread_cleanup_push(VornCriticalSectionRecoverFn, nullptr);
-    result = thread->_run();
-    pthread_cleanup_pop(0);
+    try {
+        result = thread->_run();
+    } catch (abi::__forced_unwind&) {
+        recoverCancelledThread();
+        throw;
+    }
     if (!thread->m_bMarkForDeath) {
         thread->m_bRunning = false;
         thread->m_exitCode = result;

@@ -68,6 +68,15 @@ TEST(ExportedSymbolsTest, ThePublicInterfaceIsExported)
         "VornSupport::VornEvent::set()",
         "VornSupport::VornEvent::wait(int)",
         "VornSupport::VornEventNotification::VornEventNotification()",
+        "VornSupport::VornEvent::wait(std::vector<VornSupport::VornEvent*",
+        "typeinfo for VornSupport::VornThread",
+        "VornSupport::VornThread::start()",
+        "VornSupport::VornThread::wait(std::vector<VornSupport::VornThread*",
+        "VornSupport::VornThread::getCurrentThreadId()",
+        "VornSupport::VornTimer::start(long, long, bool)",
+        "VornSupport::VornTimer::TimeInterval::operator<(",
+        "VornSupport::VornTimerManager::getInstance()",
+        "VornSupport::VornLogging::openLogFile()",
         "VornSupport::VornLogging::endrecord()",
         "VornSupport::VornLogging::m_pInstance",
         "VornSupport::setloglevel(int)",
@@ -101,7 +110,8 @@ TEST(ExportedSymbolsTest, ImplementationClassesStayInside)
 {
     const std::string symbols = exportedSymbols();
     ASSERT_FALSE(symbols.empty());
-    for (const char* name : {"LockThreadStorage::", "EventImplementation"}) {
+    for (const char* name : {"LockThreadStorage::", "EventImplementation", "VornTimerThread", "VornEventWaitThread",
+                             "VornLoggingEventTimerThread", "ThreadWaitTimer", "ThreadWaitDependent", "VornThreadFn"}) {
         EXPECT_FALSE(exports(symbols, name)) << name;
     }
 }

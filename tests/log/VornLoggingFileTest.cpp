@@ -3,7 +3,8 @@
 
 #include <gtest/gtest.h>
 
-#include <signal.h>
+#include "support/LibrarySignals.h"
+
 #include <unistd.h>
 
 #include <atomic>
@@ -11,6 +12,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <memory>
 #include <sstream>
 #include <string>
 #include <thread>
@@ -68,8 +70,23 @@ protected:
         ASSERT_EQ(std::system(command.c_str()), 0);
     }
 
+    // A logger on a file named after base in the test's directory, with the
+    // generator set to seed; the "Opening" line is swallowed. Gives the
+    // file's name.
+    std::string openQuietly(std::unique_ptr<VornLogging>& logger, const std::string& base, unsigned seed, int level)
+    {
+        const std::string name = m_dir + "/" + base + std::to_string(nextFileNumber(seed)) + ".log";
+        testing::internal::CaptureStderr();
+        logger = std::make_unique<VornLogging>(m_dir + "/" + base, VornLogging::TargetFile, level);
+        testing::internal::GetCapturedStderr();
+        return name;
+    }
+
     std::string m_dir;
 };
+
+class VornLoggingQuietTimerSlowTest : public VornLoggingFileTest {};
+class VornLoggingStressTest : public VornLoggingFileTest {};
 
 }  // namespace
 
@@ -153,13 +170,10 @@ TEST_F(VornLoggingFileTest, AFileThatCannotBeOpenedIsToldOnStderrAndStdoutStillG
 
 TEST_F(VornLoggingFileTest, RecordsForTheFileBitGoToTheFile)
 {
-    const int number = nextFileNumber(18);
-    const std::string name = m_dir + "/app" + std::to_string(number) + ".log";
-    testing::internal::CaptureStderr();
-    VornLogging logger(m_dir + "/app", VornLogging::TargetFile, 5);
-    testing::internal::GetCapturedStderr();
+    std::unique_ptr<VornLogging> logger;
+    const std::string name = openQuietly(logger, "app", 18, 5);
     testing::internal::CaptureStdout();
-    logger << setloglevel(5) << "to the file" << endrecord;
+    *logger << setloglevel(5) << "to the file" << endrecord;
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
     const std::string text = readFile(name);
     EXPECT_TRUE(endsWith(text, "] to the file\n")) << text;
@@ -193,16 +207,11 @@ TEST_F(VornLoggingFileTest, SetTargetClosesAndOpensTheFileWithTheBit)
 
 // The quiet timer runs for a minute before it finishes a record whose
 // writer was cancelled; the test's thread sleeps meanwhile.
-TEST(VornLoggingQuietTimerSlowTest, ARecordLeftOpenByAKilledWriterIsFinishedAfterAMinute)
+TEST_F(VornLoggingQuietTimerSlowTest, ARecordLeftOpenByAKilledWriterIsFinishedAfterAMinute)
 {
-    char pattern[] = "/tmp/vsuptlogXXXXXX";
-    ASSERT_NE(mkdtemp(pattern), nullptr);
-    const std::string dir = pattern;
-    const int number = nextFileNumber(21);
-    const std::string name = dir + "/quiet" + std::to_string(number) + ".log";
-    testing::internal::CaptureStderr();
-    VornLogging logger(dir + "/quiet", VornLogging::TargetFile, 9);
-    testing::internal::GetCapturedStderr();
+    std::unique_ptr<VornLogging> opened;
+    const std::string name = openQuietly(opened, "quiet", 21, 9);
+    VornLogging& logger = *opened;
     VornLogging::setInstance(logger);
 
     static std::atomic<bool> inRecord{false};
@@ -247,34 +256,22 @@ TEST(VornLoggingQuietTimerSlowTest, ARecordLeftOpenByAKilledWriterIsFinishedAfte
     EXPECT_TRUE(endsWith(text, "] VornLogging::timerElapsed: called (NOTE: This message only appears and repeats when "
                                "LogLevel = 9)\n"))
         << text;
-    const std::string command = "rm -rf " + dir;
-    EXPECT_EQ(std::system(command.c_str()), 0);
 }
 
 // Writers block the library's signals: the SIGUSR1 that each record's quiet
 // timer raises is handled by the test's main thread, idle in its joins.
-TEST(VornLoggingStressTest, ManyWritersOfSeveralItemsNeverMixTheirRecords)
+TEST_F(VornLoggingStressTest, ManyWritersOfSeveralItemsNeverMixTheirRecords)
 {
-    char pattern[] = "/tmp/vsuptlogXXXXXX";
-    ASSERT_NE(mkdtemp(pattern), nullptr);
-    const std::string dir = pattern;
-    const int number = nextFileNumber(23);
-    const std::string name = dir + "/stress" + std::to_string(number) + ".log";
-    testing::internal::CaptureStderr();
-    VornLogging logger(dir + "/stress", VornLogging::TargetFile, 9);
-    testing::internal::GetCapturedStderr();
+    std::unique_ptr<VornLogging> opened;
+    const std::string name = openQuietly(opened, "stress", 23, 9);
+    VornLogging& logger = *opened;
 
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(18);
     std::atomic<long> written{0};
     std::vector<std::thread> writers;
     for (int w = 0; w < 6; ++w) {
         writers.emplace_back([&, w] {
-            sigset_t set;
-            sigemptyset(&set);
-            sigaddset(&set, SIGUSR1);
-            sigaddset(&set, SIGUSR2);
-            sigaddset(&set, SIGALRM);
-            pthread_sigmask(SIG_BLOCK, &set, nullptr);
+            blockLibrarySignals();
             for (long i = 0; std::chrono::steady_clock::now() < end; ++i) {
                 logger << setloglevel(1) << "w" << w << " a" << i << " b" << i << " c" << i << " d" << i << endrecord;
                 ++written;
@@ -302,6 +299,4 @@ TEST(VornLoggingStressTest, ManyWritersOfSeveralItemsNeverMixTheirRecords)
     EXPECT_EQ(lines, written);
     EXPECT_EQ(mixed, 0);
     EXPECT_GT(written, 1000);
-    const std::string command = "rm -rf " + dir;
-    EXPECT_EQ(std::system(command.c_str()), 0);
 }

@@ -20,18 +20,25 @@ using namespace VornSupport;
 
 namespace {
 
-const std::string& scratchPath(const char* name)
+std::string g_scratchDirectory;
+
+void removeScratchDirectory()
 {
-    static const std::string directory = [] {
+    std::system(("rm -rf '" + g_scratchDirectory + "'").c_str());
+}
+
+// The files of one input, in a directory that goes when the fuzzer exits.
+std::string scratchPath(const char* name)
+{
+    if (g_scratchDirectory.empty()) {
         char pattern[] = "/tmp/vsupt-fuzz-properties-XXXXXX";
         if (mkdtemp(pattern) == nullptr) {
             std::abort();
         }
-        return std::string(pattern);
-    }();
-    static std::string path;
-    path = directory + "/" + name;
-    return path;
+        g_scratchDirectory = pattern;
+        std::atexit(removeScratchDirectory);
+    }
+    return g_scratchDirectory + "/" + name;
 }
 
 template <class S>

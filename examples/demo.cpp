@@ -1,11 +1,14 @@
 // A first tour of libvsupt: a logger with levels per category, an exception
-// that gathers messages on its way up, and a repeating timer whose
-// dependent writes a record at each expiry.
+// that gathers messages on its way up, a repeating timer whose dependent
+// writes a record at each expiry, and a configuration read from a property
+// file named on the command line.
 #include <vsupt/VornException.h>
 #include <vsupt/VornLocaleFactory.h>
 #include <vsupt/VornLogging.h>
 #include <vsupt/VornDependent.h>
 #include <vsupt/VornEvent.h>
+#include <vsupt/VornProgramOptions.h>
+#include <vsupt/VornProperties.h>
 #include <vsupt/VornStringUtilities.h>
 #include <vsupt/VornTimer.h>
 
@@ -96,9 +99,52 @@ void runHeartbeat(int beats)
     }
 }
 
+// Options: -v (verbose), -config FILE or -c FILE, --help; anything else is
+// a positional argument.
+void readConfiguration(int argc, char** argv)
+{
+    try {
+        const VornProgramOptions options(argc, argv, "vc:", ":help:config.:", false);
+        std::string file;
+        if (!options.getOptions().getPropertyValue("config", file)) {
+            options.getOptions().getPropertyValue("c", file);
+        }
+        if (logsAt(1)) {
+            logger() << setloglevel("config", 1) << options.getProgramName() << ": " << options.getOptions().size()
+                     << " options, " << options.getArgumentCount() << " positional arguments" << endrecord;
+        }
+        for (const auto& option : options.getOptions().getProperties()) {
+            if (logsAt(1)) {
+                logger() << setloglevel("config", 1) << "option " << option.first << " = '" << option.second.front()
+                         << "'" << endrecord;
+            }
+        }
+        for (const std::string& argument : options.getArguments()) {
+            if (logsAt(1)) {
+                logger() << setloglevel("config", 1) << "argument " << argument << endrecord;
+            }
+        }
+        if (file.empty()) {
+            return;
+        }
+        VornProperties<std::string> settings;
+        settings.loadProperties(file);
+        for (const auto& setting : settings.getProperties()) {
+            if (logsAt(1)) {
+                logger() << setloglevel("config", 1) << setting.first << " = "
+                         << VornExpandString(setting.second.front(), settings) << endrecord;
+            }
+        }
+    } catch (VornException& error) {
+        if (logsAt(1)) {
+            logger() << setloglevel("config", 1) << "no configuration: " << error.getText() << endrecord;
+        }
+    }
+}
+
 }  // namespace
 
-int main()
+int main(int argc, char** argv)
 {
     // Records up to level 5 go to stdout; the "net" category is narrowed
     // to failures.
@@ -129,5 +175,6 @@ int main()
     }
 
     runHeartbeat(3);
+    readConfiguration(argc, argv);
     return 0;
 }

@@ -1,11 +1,14 @@
 #include <vsupt/VornStringUtilities.h>
 #include <vsupt/VornException.h>
+#include <vsupt/VornProperties.h>
 #include <vsupt/ansi_ctype.h>
 #include <vsupt/utf8_ctype.h>
 
 #include "frame/ExceptionBorder.h"
+#include "log/LibraryLog.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 #include <exception>
 #include <new>
@@ -146,6 +149,265 @@ VSUPT_CATCHES_FORCED_UNWIND std::locale GetAppropriateLocaleObject()
     } catch (...) {
         return std::locale();
     }
+}
+
+// ---------------------------------------------------------------------------
+// Hexadecimal text
+
+namespace {
+
+// Any character gives a value: lower case loses 32, then everything below
+// 'A' counts from '0' and the rest from 'A' - 10.
+unsigned hexDigitValue(char c)
+{
+    int value = c;
+    if (value >= 'a') {
+        value -= 32;
+    }
+    return static_cast<unsigned>(value < 'A' ? value - 48 : value - 55);
+}
+
+char upperHexDigit(unsigned value)
+{
+    return "0123456789ABCDEF"[value & 0xF];
+}
+
+}  // namespace
+
+int VornHexToBytes(char* bytes, const std::string& hex)
+{
+    const auto count = static_cast<std::int32_t>(hex.length() >> 1);
+    for (std::int32_t i = 0; i < count; ++i) {
+        bytes[i] = static_cast<char>((hexDigitValue(hex[2 * i]) << 4) | hexDigitValue(hex[2 * i + 1]));
+    }
+    return count;
+}
+
+std::string VornBytesToHex(const char* bytes, int count)
+{
+    std::string hex;
+    for (int i = 0; i < count; ++i) {
+        const auto byte = static_cast<unsigned char>(bytes[i]);
+        hex += upperHexDigit(byte >> 4);
+        hex += upperHexDigit(byte);
+    }
+    return hex;
+}
+
+// ---------------------------------------------------------------------------
+// Expansion of <NAME>
+
+namespace {
+
+std::string environmentValue(const std::string& name)
+{
+    const char* value = std::getenv(name.c_str());
+    return value == nullptr ? std::string() : std::string(value);
+}
+
+// Every pass starts again at the first "<", so expanded values are expanded
+// in turn.
+template <class Lookup>
+std::string expand(const std::string& source, Lookup lookup)
+{
+    std::string result = source;
+    logLibraryRecord(9, "VornExpandString: expand = ", result);
+    for (;;) {
+        const std::string::size_type open = result.find('<');
+        if (open == std::string::npos) {
+            break;
+        }
+        const std::string::size_type close = result.find('>', open);
+        if (close == std::string::npos) {
+            break;
+        }
+        const std::string name = result.substr(open + 1, close - open - 1);
+        logLibraryRecord(9, "VornExpandString: Lookup ", name);
+        result.replace(open, close - open + 1, lookup(name));
+    }
+    logLibraryRecord(9, "VornExpandString: result = ", result);
+    return result;
+}
+
+}  // namespace
+
+std::string VornExpandString(const std::string& source)
+{
+    return expand(source, environmentValue);
+}
+
+std::string VornExpandString(const std::string& source, VornProperties<std::string>& properties)
+{
+    return expand(source, [&properties](const std::string& name) {
+        std::string value;
+        return properties.getPropertyValue(name, value) ? value : environmentValue(name);
+    });
+}
+
+// ---------------------------------------------------------------------------
+// Words
+
+std::string VornExtractFirstString(const std::string& line, std::string& rest)
+{
+    if (!line.empty() && line[0] == '"') {
+        const std::string tail = line.substr(1);
+        const std::string::size_type quote = tail.find('"');
+        if (quote == std::string::npos) {
+            rest = tail;
+            return tail;
+        }
+        rest = tail.substr(quote + 1);
+        return tail.substr(0, quote);
+    }
+    const std::string::size_type separator = line.find_first_of(" \t");
+    if (separator == std::string::npos) {
+        rest.clear();
+        return line;
+    }
+    rest = line.substr(separator + 1);
+    return line.substr(0, separator);
+}
+
+void VornTokenizer(char* block, std::vector<std::string>& items)
+{
+    items.clear();
+    if (block == nullptr) {
+        return;
+    }
+    for (const char* item = block; *item != '\0'; item += std::strlen(item) + 1) {
+        items.emplace_back(item);
+    }
+}
+
+void VornTokenizer(const std::string& text, std::vector<std::string>& items)
+{
+    std::vector<char> block(text.c_str(), text.c_str() + std::strlen(text.c_str()));
+    block.insert(block.end(), 2, '\0');
+    VornTokenizer(block.data(), items);
+}
+
+void VornTokenizer(char* text, const std::string& delimiters, std::vector<std::string>& items)
+{
+    items.clear();
+    if (text == nullptr) {
+        return;
+    }
+    char* position = nullptr;
+    for (char* item = strtok_r(text, delimiters.c_str(), &position); item != nullptr;
+         item = strtok_r(nullptr, delimiters.c_str(), &position)) {
+        items.emplace_back(item);
+    }
+}
+
+void VornTokenizer(const std::string& text, const std::string& delimiters, std::vector<std::string>& items)
+{
+    std::vector<char> copy(text.c_str(), text.c_str() + text.size() + 1);
+    VornTokenizer(copy.data(), delimiters, items);
+}
+
+// ---------------------------------------------------------------------------
+// Command lines
+
+namespace {
+
+void eraseCharacterAt(char* position)
+{
+    std::memmove(position, position + 1, std::strlen(position + 1) + 1);
+}
+
+// The next double quote at or behind position, or null at the end.
+char* skipToQuote(char* position)
+{
+    for (; *position != '\0'; ++position) {
+        if (*position == '"') {
+            return position;
+        }
+    }
+    return nullptr;
+}
+
+// The next blank outside quotes at or behind position, or null at the end.
+// The quotes on the way are removed from the buffer.
+char* skipToBlank(char* position)
+{
+    while (*position != '\0') {
+        if (*position == ' ') {
+            return position;
+        }
+        if (*position == '"') {
+            eraseCharacterAt(position);
+            position = skipToQuote(position);
+            if (position == nullptr) {
+                return nullptr;
+            }
+            eraseCharacterAt(position);
+            continue;
+        }
+        ++position;
+    }
+    return nullptr;
+}
+
+void appendIfNotEmpty(const char* word, std::vector<std::string>& words)
+{
+    if (*word != '\0') {
+        words.emplace_back(word);
+    }
+}
+
+// Walks the buffer with the current position p and the start of the current
+// word s, cutting words off with NULs and removing quotes as it goes.
+void splitQuotedCommandLine(char* buffer, std::vector<std::string>& words)
+{
+    char* p = buffer;
+    char* s = buffer;
+    for (;;) {
+        switch (*p) {
+        case ' ':
+            *p++ = '\0';
+            appendIfNotEmpty(s, words);
+            s = p;
+            break;
+        case '"':
+            ++s;
+            p = skipToQuote(p + 1);
+            if (p == nullptr) {
+                appendIfNotEmpty(s, words);
+                return;
+            }
+            eraseCharacterAt(p);
+            break;
+        case '\0':
+            appendIfNotEmpty(s, words);
+            return;
+        default:
+            p = skipToBlank(p);
+            if (p == nullptr) {
+                words.emplace_back(s);
+                return;
+            }
+            *p++ = '\0';
+            words.emplace_back(s);
+            s = p;
+            break;
+        }
+    }
+}
+
+}  // namespace
+
+void VornParseCommandLine(const std::string& line, std::vector<std::string>& words)
+{
+    if (line.empty()) {
+        return;
+    }
+    std::vector<char> buffer(line.c_str(), line.c_str() + line.size() + 1);
+    words.clear();
+    if (std::strchr(buffer.data(), '"') == nullptr) {
+        VornTokenizer(buffer.data(), " ", words);
+        return;
+    }
+    splitQuotedCommandLine(buffer.data(), words);
 }
 
 // ---------------------------------------------------------------------------

@@ -21,11 +21,12 @@ using namespace VornSupport;
 using Clock = std::chrono::steady_clock;
 
 const vsupt_bench::RatioRegistration ratios{
-    {"thread start + wait(-1)", "BM_VornThread_StartWait/real_time", "BM_Pthread_CreateJoin/real_time", 1.5},
-    {"thread start + wait(-1), body of 50 us", "BM_VornThread_StartWaitBusy/real_time",
-     "BM_Pthread_CreateJoinBusy/real_time", 1.5},
+    {"thread start + wait(-1)", "BM_VornThread_StartWait<VornThread>/real_time",
+     "BM_Pthread_CreateJoin<emptyBody>/real_time", 1.5},
+    {"thread start + wait(-1), body of 50 us", "BM_VornThread_StartWait<BusyThread>/real_time",
+     "BM_Pthread_CreateJoin<busyBody>/real_time", 1.5},
     {"self-deleting thread, start to reaped (read as a ratio to create+join)", "BM_VornThread_SelfDeletingLife/real_time",
-     "BM_Pthread_CreateJoin/real_time", 0},
+     "BM_Pthread_CreateJoin<emptyBody>/real_time", 0},
 };
 
 void* emptyBody(void*)
@@ -52,45 +53,29 @@ public:
     }
 };
 
+template <void* (*Body)(void*)>
 void BM_Pthread_CreateJoin(benchmark::State& state)
 {
     for (auto _ : state) {
         pthread_t thread;
-        pthread_create(&thread, nullptr, emptyBody, nullptr);
+        pthread_create(&thread, nullptr, Body, nullptr);
         pthread_join(thread, nullptr);
     }
 }
-BENCHMARK(BM_Pthread_CreateJoin)->UseRealTime();
+BENCHMARK_TEMPLATE(BM_Pthread_CreateJoin, emptyBody)->UseRealTime();
+BENCHMARK_TEMPLATE(BM_Pthread_CreateJoin, busyBody)->UseRealTime();
 
+template <class Thread>
 void BM_VornThread_StartWait(benchmark::State& state)
 {
     for (auto _ : state) {
-        VornThread thread;
+        Thread thread;
         thread.start();
         thread.wait(-1);
     }
 }
-BENCHMARK(BM_VornThread_StartWait)->UseRealTime();
-
-void BM_Pthread_CreateJoinBusy(benchmark::State& state)
-{
-    for (auto _ : state) {
-        pthread_t thread;
-        pthread_create(&thread, nullptr, busyBody, nullptr);
-        pthread_join(thread, nullptr);
-    }
-}
-BENCHMARK(BM_Pthread_CreateJoinBusy)->UseRealTime();
-
-void BM_VornThread_StartWaitBusy(benchmark::State& state)
-{
-    for (auto _ : state) {
-        BusyThread thread;
-        thread.start();
-        thread.wait(-1);
-    }
-}
-BENCHMARK(BM_VornThread_StartWaitBusy)->UseRealTime();
+BENCHMARK_TEMPLATE(BM_VornThread_StartWait, VornThread)->UseRealTime();
+BENCHMARK_TEMPLATE(BM_VornThread_StartWait, BusyThread)->UseRealTime();
 
 // The life ends when the SIGUSR2 handler has joined the thread: the next
 // thread is started only then, which the reaping lock shows.

@@ -83,6 +83,12 @@ std::string modifyFailure(VornDateTime::FieldId_t field, int amount)
     return message;
 }
 
+std::wstring localText(const VornDateTime& date, const std::locale& loc, const wchar_t* format)
+{
+    tm fields = localTimeOf(date.getTime());
+    return VornDateTime::constructTimeString(&fields, loc, format);
+}
+
 // Sets the date, reporting an invalid one by the exception's own text.
 bool assignReportingText(VornDateTime& date, const tm& fields, std::string& error)
 {
@@ -285,32 +291,27 @@ std::wstring VornDateTime::constructTimeString(tm* value, const std::locale& loc
 
 std::wstring VornDateTime::monthName(const std::locale& loc) const
 {
-    tm fields = localTimeOf(getTime());
-    return constructTimeString(&fields, loc, L"%B");
+    return localText(*this, loc, L"%B");
 }
 
 std::wstring VornDateTime::weekdayName(const std::locale& loc) const
 {
-    tm fields = localTimeOf(getTime());
-    return constructTimeString(&fields, loc, L"%A");
+    return localText(*this, loc, L"%A");
 }
 
 std::wstring VornDateTime::dateToString(const std::locale& loc) const
 {
-    tm fields = localTimeOf(getTime());
-    return constructTimeString(&fields, loc, L"%X");
+    return localText(*this, loc, L"%X");
 }
 
 std::wstring VornDateTime::timeToString(const std::locale& loc) const
 {
-    tm fields = localTimeOf(getTime());
-    return constructTimeString(&fields, loc, L"%x");
+    return localText(*this, loc, L"%x");
 }
 
 std::wstring VornDateTime::toString(const std::locale& loc) const
 {
-    tm fields = localTimeOf(getTime());
-    return constructTimeString(&fields, loc, L"%c");
+    return localText(*this, loc, L"%c");
 }
 
 std::wstring VornDateTime::toGMTString() const

@@ -198,6 +198,9 @@ const int kScheduleKeyBytes = 72;
 const std::int32_t kHighKeyBufferLength = 448;
 const std::int32_t kLowKeyBufferLength = 400;
 
+const char kEmptyKey[] = "The key passed is empty";
+const char kNotInitialized[] = "Not properly initialized";
+
 // Reads the block at offset. A last, incomplete block extends past the end
 // of the input: the terminating NUL and then zeros stand in for the bytes
 // that are not there.
@@ -436,12 +439,12 @@ bool VornEncryption::encryptDataImpl(const std::string& key, const std::string& 
         return true;
     }
     if (key.empty()) {
-        error = "The key passed is empty";
+        error = kEmptyKey;
         return false;
     }
     initialize(key, static_cast<unsigned int>(key.size()), m_mode, m_chain);
     if (!m_bInit) {
-        error = "Not properly initialized";
+        error = kNotInitialized;
         return false;
     }
     const int count = padInputBuf(input);
@@ -465,7 +468,7 @@ bool VornEncryption::decryptDataImpl(const std::string& key, std::string& input,
         output.resize(input.size(), '\0');
     }
     if (key.empty()) {
-        error = "The key passed is empty";
+        error = kEmptyKey;
         return false;
     }
     if (input.empty()) {
@@ -479,7 +482,7 @@ bool VornEncryption::decryptDataImpl(const std::string& key, std::string& input,
         initialize(key, static_cast<unsigned int>(key.size()), m_mode, m_chain);
     }
     if (!m_bInit) {
-        error = "Not properly initialized";
+        error = kNotInitialized;
         return false;
     }
     const int count = padInputBuf(input);

@@ -79,7 +79,6 @@ public:
 
 private:
     void copyValues(VornEncryption& other);
-    std::uint32_t feistel(std::uint32_t half) const;
 
     Strength m_strength;
     bool m_bInit;

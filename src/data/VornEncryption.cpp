@@ -201,6 +201,45 @@ const std::int32_t kLowKeyBufferLength = 400;
 const char kEmptyKey[] = "The key passed is empty";
 const char kNotInitialized[] = "Not properly initialized";
 
+// Blowfish's F on the four bytes of a half, highest byte first.
+inline std::uint32_t feistel(const std::uint32_t (*sBoxes)[256], std::uint32_t half)
+{
+    return ((sBoxes[0][half >> 24] + sBoxes[1][(half >> 16) & 0xff]) ^ sBoxes[2][(half >> 8) & 0xff]) +
+           sBoxes[3][half & 0xff];
+}
+
+__attribute__((always_inline)) inline void encipher(const std::uint32_t* pArray, const std::uint32_t (*sBoxes)[256],
+                                                    std::uint32_t& left, std::uint32_t& right)
+{
+    std::uint32_t l = left;
+    std::uint32_t r = right;
+#pragma GCC unroll 8
+    for (int round = 0; round < kRounds; round += 2) {
+        l ^= pArray[round];
+        r ^= feistel(sBoxes, l);
+        r ^= pArray[round + 1];
+        l ^= feistel(sBoxes, r);
+    }
+    left = r ^ pArray[kRounds + 1];
+    right = l ^ pArray[kRounds];
+}
+
+__attribute__((always_inline)) inline void decipher(const std::uint32_t* pArray, const std::uint32_t (*sBoxes)[256],
+                                                    std::uint32_t& left, std::uint32_t& right)
+{
+    std::uint32_t l = left;
+    std::uint32_t r = right;
+#pragma GCC unroll 8
+    for (int round = kRounds + 1; round > 1; round -= 2) {
+        l ^= pArray[round];
+        r ^= feistel(sBoxes, l);
+        r ^= pArray[round - 1];
+        l ^= feistel(sBoxes, r);
+    }
+    left = r ^ pArray[0];
+    right = l ^ pArray[1];
+}
+
 // Reads the block at offset. A last, incomplete block extends past the end
 // of the input: the terminating NUL and then zeros stand in for the bytes
 // that are not there.
@@ -227,7 +266,7 @@ void transformBlocks(VornEncryption& cipher, const std::string& input, std::stri
     for (std::size_t offset = 0; count >= kBlockSize; count -= kBlockSize, offset += kBlockSize, end += kBlockSize) {
         SBlock block(0, 0);
         readBlock(cipher, input, offset, block);
-        transform(block);
+        transform(block.m_left, block.m_right);
         if (offset > 0) {
             cipher.blockToBytes(block, end);
         }
@@ -308,41 +347,17 @@ void VornEncryption::setInit(const bool& init)
 // ---------------------------------------------------------------------------
 // The cipher
 
-std::uint32_t VornEncryption::feistel(std::uint32_t half) const
-{
-    return ((m_arrwSBox[0][half >> 24] + m_arrwSBox[1][(half >> 16) & 0xff]) ^ m_arrwSBox[2][(half >> 8) & 0xff]) +
-           m_arrwSBox[3][half & 0xff];
-}
-
-// Two rounds a step, so the halves never swap places.
+// Two rounds a step, so the halves never swap places. The loops over whole
+// strings are bound by the latency of one block in CBC, so the halves stay
+// in registers from block to block.
 void VornEncryption::encryptInternal(SBlock& block)
 {
-    std::uint32_t left = block.m_left;
-    std::uint32_t right = block.m_right;
-#pragma GCC unroll 8
-    for (int round = 0; round < kRounds; round += 2) {
-        left ^= m_arrwPBox[round];
-        right ^= feistel(left);
-        right ^= m_arrwPBox[round + 1];
-        left ^= feistel(right);
-    }
-    block.m_left = right ^ m_arrwPBox[kRounds + 1];
-    block.m_right = left ^ m_arrwPBox[kRounds];
+    encipher(m_arrwPBox, m_arrwSBox, block.m_left, block.m_right);
 }
 
 void VornEncryption::decryptInternal(SBlock& block)
 {
-    std::uint32_t left = block.m_left;
-    std::uint32_t right = block.m_right;
-#pragma GCC unroll 8
-    for (int round = kRounds + 1; round > 1; round -= 2) {
-        left ^= m_arrwPBox[round];
-        right ^= feistel(left);
-        right ^= m_arrwPBox[round - 1];
-        left ^= feistel(right);
-    }
-    block.m_left = right ^ m_arrwPBox[0];
-    block.m_right = left ^ m_arrwPBox[1];
+    decipher(m_arrwPBox, m_arrwSBox, block.m_left, block.m_right);
 }
 
 void VornEncryption::bytesToBlock(const unsigned char* bytes, SBlock& block)
@@ -449,14 +464,19 @@ bool VornEncryption::encryptDataImpl(const std::string& key, const std::string& 
     }
     const int count = padInputBuf(input);
     if (m_mode == ModeCBC) {
-        SBlock chain(m_chain);
-        transformBlocks(*this, input, output, count, [&](SBlock& block) {
-            block ^= chain;
-            encryptInternal(block);
-            chain = block;
+        std::uint32_t chainLeft = m_chain.m_left;
+        std::uint32_t chainRight = m_chain.m_right;
+        transformBlocks(*this, input, output, count, [&](std::uint32_t& left, std::uint32_t& right) {
+            chainLeft ^= left;
+            chainRight ^= right;
+            encipher(m_arrwPBox, m_arrwSBox, chainLeft, chainRight);
+            left = chainLeft;
+            right = chainRight;
         });
     } else {
-        transformBlocks(*this, input, output, count, [&](SBlock& block) { encryptInternal(block); });
+        transformBlocks(*this, input, output, count, [&](std::uint32_t& left, std::uint32_t& right) {
+            encipher(m_arrwPBox, m_arrwSBox, left, right);
+        });
     }
     return true;
 }
@@ -487,15 +507,21 @@ bool VornEncryption::decryptDataImpl(const std::string& key, std::string& input,
     }
     const int count = padInputBuf(input);
     if (m_mode == ModeCBC) {
-        SBlock chain(m_chain);
-        transformBlocks(*this, input, output, count, [&](SBlock& block) {
-            const SBlock cipherText(block);
-            decryptInternal(block);
-            block ^= chain;
-            chain = cipherText;
+        std::uint32_t chainLeft = m_chain.m_left;
+        std::uint32_t chainRight = m_chain.m_right;
+        transformBlocks(*this, input, output, count, [&](std::uint32_t& left, std::uint32_t& right) {
+            const std::uint32_t cipherLeft = left;
+            const std::uint32_t cipherRight = right;
+            decipher(m_arrwPBox, m_arrwSBox, left, right);
+            left ^= chainLeft;
+            right ^= chainRight;
+            chainLeft = cipherLeft;
+            chainRight = cipherRight;
         });
     } else {
-        transformBlocks(*this, input, output, count, [&](SBlock& block) { decryptInternal(block); });
+        transformBlocks(*this, input, output, count, [&](std::uint32_t& left, std::uint32_t& right) {
+            decipher(m_arrwPBox, m_arrwSBox, left, right);
+        });
     }
     return true;
 }

@@ -208,6 +208,9 @@ inline std::uint32_t feistel(const std::uint32_t (*sBoxes)[256], std::uint32_t h
            sBoxes[3][half & 0xff];
 }
 
+// The 16 rounds, two a step so that the halves never swap places. Always
+// inlined: in CBC a string is bound by the latency of one block after the
+// other, and the halves must stay in registers from block to block.
 __attribute__((always_inline)) inline void encipher(const std::uint32_t* pArray, const std::uint32_t (*sBoxes)[256],
                                                     std::uint32_t& left, std::uint32_t& right)
 {
@@ -347,9 +350,6 @@ void VornEncryption::setInit(const bool& init)
 // ---------------------------------------------------------------------------
 // The cipher
 
-// Two rounds a step, so the halves never swap places. The loops over whole
-// strings are bound by the latency of one block in CBC, so the halves stay
-// in registers from block to block.
 void VornEncryption::encryptInternal(SBlock& block)
 {
     encipher(m_arrwPBox, m_arrwSBox, block.m_left, block.m_right);

@@ -5,8 +5,9 @@
 // attach sequence: VSUPTInitVornObjectBase, VSUPTInitVornThread,
 // VSUPTInitVornLogging, VSUPTInitVornTimer, VSUPTInitVornLoggingTimer. Its
 // destruction, registered once with __cxa_atexit, runs at process exit or
-// when the library is unloaded, whichever comes first, and takes the modules
-// down in the opposite order. Functions that do nothing hold the fixed place
+// when the library is unloaded, whichever comes first: it destroys the
+// process-wide object factory, then takes the modules down in the opposite
+// order. Functions that do nothing hold the fixed place
 // of their module in the sequence.
 #ifndef VSUPT_MODULE_H
 #define VSUPT_MODULE_H

@@ -2,6 +2,7 @@
 #include <vsupt/ModuleDataControl.h>
 #include <vsupt/VornCriticalSectionObject.h>
 #include <vsupt/VornObjectBase.h>
+#include <vsupt/VornObjectFactory.h>
 
 #include <new>
 
@@ -134,6 +135,7 @@ void Module::attach()
 void Module::detach()
 {
     using namespace VornSupport;
+    VornObjectFactory::deleteGlobalInstance();
     VSUPTFinitVornLoggingTimer();
     VSUPTFinitVornTimer();
     VSUPTFinitVornLogging();

@@ -1,5 +1,6 @@
 #include <vsupt/VornLogging.h>
 #include <vsupt/VornCriticalSection.h>
+#include <vsupt/VornDateTime.h>
 #include <vsupt/VornLocaleFactory.h>
 #include <vsupt/VornStringUtilities.h>
 
@@ -26,8 +27,9 @@ thread_local char g_szLogBuf[8192];
 const int kAllCategoriesLevel = 9;
 const long kQuietTimerMs = 60000;
 
-// "YYYYMMDD_HH:MM:SS" of the local time now. Records come many to a second,
-// so each thread keeps the text of the last second it formatted.
+// "YYYYMMDD_HH:MM:SS" of the local time now, as a fresh VornDateTime gives
+// it. Records come many to a second, so each thread keeps the text of the
+// last second it formatted.
 const char* localTimeStamp()
 {
     struct CachedStamp {
@@ -37,10 +39,9 @@ const char* localTimeStamp()
     thread_local CachedStamp cached;
     const std::time_t now = std::time(nullptr);
     if (now != cached.second) {
-        std::tm fields{};
-        localtime_r(&now, &fields);
-        std::snprintf(cached.text, sizeof cached.text, "%04d%02d%02d_%02d:%02d:%02d", fields.tm_year + 1900,
-                      fields.tm_mon + 1, fields.tm_mday, fields.tm_hour, fields.tm_min, fields.tm_sec);
+        const VornDateTime stamp;
+        std::snprintf(cached.text, sizeof cached.text, "%04d%02d%02d_%02d:%02d:%02d", stamp.getYear(),
+                      stamp.getMonth() + 1, stamp.getDay(), stamp.getHour(), stamp.getMinute(), stamp.getSecond());
         cached.second = now;
     }
     return cached.text;

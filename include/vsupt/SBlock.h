@@ -1,0 +1,30 @@
+// One 64-bit cipher block of VornEncryption: the left and right 32-bit
+// halves, the left one first on the wire. A plain value for one thread.
+#ifndef VSUPT_SBLOCK_H
+#define VSUPT_SBLOCK_H
+
+#include <vsupt/VsuptExport.h>
+
+namespace VornSupport {
+
+class VSUPT_API SBlock {
+public:
+    SBlock(unsigned int left, unsigned int right) : m_left(left), m_right(right) {}
+    SBlock(const SBlock& other) = default;
+    SBlock& operator=(const SBlock& other) = default;
+    virtual ~SBlock();
+
+    SBlock& operator^=(const SBlock& other)
+    {
+        m_left ^= other.m_left;
+        m_right ^= other.m_right;
+        return *this;
+    }
+
+    unsigned int m_left;
+    unsigned int m_right;
+};
+
+}  // namespace VornSupport
+
+#endif

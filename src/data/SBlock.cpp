@@ -1,0 +1,7 @@
+#include <vsupt/SBlock.h>
+
+namespace VornSupport {
+
+SBlock::~SBlock() = default;
+
+}  // namespace VornSupport

@@ -1,0 +1,7 @@
+#include <vsupt/VornObjectStream.h>
+
+namespace VornSupport {
+
+VornObjectStream::~VornObjectStream() = default;
+
+}  // namespace VornSupport

@@ -1,0 +1,147 @@
+#include <vsupt/VornObjectBase.h>
+#include <vsupt/VornObjectFactory.h>
+#include <vsupt/VornObjectFactoryRegistration.h>
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <string>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+using namespace VornSupport;
+
+namespace {
+
+class Made : public VornObjectBase {
+public:
+    explicit Made(std::string origin) : origin(std::move(origin)) {}
+    std::string origin;
+};
+
+VornObjectBase* makeFirst() { return new Made("first creator"); }
+VornObjectBase* makeSecond() { return new Made("second creator"); }
+VornObjectBase* makeNothing() { return nullptr; }
+
+class Registration : public VornObjectFactoryRegistration {
+public:
+    Registration(VornObjectFactory& factory, const std::string& name)
+    {
+        m_name = name;
+        m_pFactory = &factory;
+        factory.add(name, *this);
+    }
+    VornSmartPointer<VornObjectBase> construct() override { return new Made("registration"); }
+};
+
+std::string originOf(VornObjectFactory& factory, const std::string& name)
+{
+    VornSmartPointer<VornObjectBase> object = factory.construct(name);
+    return object ? static_cast<Made*>(static_cast<VornObjectBase*>(object))->origin : "null";
+}
+
+VornObjectFactory* g_pFactoryUnderTest = nullptr;
+
+// Another thread changes the factory while this creator runs.
+VornObjectBase* makeWhileAnotherThreadAdds()
+{
+    std::thread other([] { g_pFactoryUnderTest->add("added meanwhile", &makeFirst); });
+    other.join();
+    return new Made("creator");
+}
+
+}  // namespace
+
+TEST(VornObjectFactoryTest, AddingANameAgainKeepsTheLastCreator)
+{
+    VornObjectFactory factory;
+    factory.add("thing", &makeFirst);
+    factory.add("thing", &makeSecond);
+    EXPECT_EQ(originOf(factory, "thing"), "second creator");
+    EXPECT_EQ(factory.construct("thing")->refCount(), 1);
+    factory.add("empty", &makeNothing);
+    EXPECT_EQ(originOf(factory, "empty"), "null");
+    EXPECT_EQ(originOf(factory, "unknown"), "null");
+}
+
+TEST(VornObjectFactoryTest, RegistrationGoesBeforeCreatorAndEachRemoveTakesOne)
+{
+    VornObjectFactory factory;
+    factory.add("thing", &makeFirst);
+    Registration registration(factory, "thing");
+    EXPECT_EQ(originOf(factory, "thing"), "registration");
+    factory.remove("thing");
+    EXPECT_EQ(originOf(factory, "thing"), "first creator");
+    factory.remove("thing");
+    EXPECT_EQ(originOf(factory, "thing"), "null");
+}
+
+TEST(VornObjectFactoryTest, RegisteredClassesListCreatorsThenRegistrationsEachSorted)
+{
+    VornObjectFactory factory;
+    EXPECT_TRUE(factory.getRegisteredClasses().empty());
+    factory.add("b", &makeFirst);
+    factory.add("a", &makeFirst);
+    Registration registration(factory, "0");
+    Registration twice(factory, "a");
+    const std::vector<std::string> expected = {"a", "b", "0", "a"};
+    EXPECT_EQ(factory.getRegisteredClasses(), expected);
+}
+
+TEST(VornObjectFactoryTest, CopiesConstructByCreatorsOnly)
+{
+    VornObjectFactory factory;
+    factory.add("creator", &makeFirst);
+    Registration registration(factory, "registration");
+    VornObjectFactory copy(factory);
+    EXPECT_EQ(originOf(copy, "creator"), "first creator");
+    EXPECT_EQ(originOf(copy, "registration"), "null");
+
+    VornObjectFactory assigned;
+    Registration own(assigned, "own");
+    assigned.add("replaced", &makeSecond);
+    assigned = factory;
+    EXPECT_EQ(originOf(assigned, "own"), "registration");
+    EXPECT_EQ(originOf(assigned, "replaced"), "null");
+    EXPECT_EQ(originOf(assigned, "creator"), "first creator");
+}
+
+TEST(VornObjectFactoryTest, DyingRegistrationRemovesItsNameOrElseTheCreatorOfThatName)
+{
+    VornObjectFactory factory;
+    factory.add("thing", &makeFirst);
+    {
+        Registration registration(factory, "thing");
+    }
+    EXPECT_EQ(originOf(factory, "thing"), "first creator");
+    {
+        Registration registration(factory, "other");
+        factory.remove("other");
+        factory.add("other", &makeSecond);
+    }
+    EXPECT_EQ(originOf(factory, "other"), "null");
+}
+
+TEST(VornObjectFactoryTest, CreatorRunsWithoutTheFactoryLock)
+{
+    VornObjectFactory factory;
+    g_pFactoryUnderTest = &factory;
+    factory.add("thing", &makeWhileAnotherThreadAdds);
+    EXPECT_EQ(originOf(factory, "thing"), "creator");
+    EXPECT_EQ(originOf(factory, "added meanwhile"), "first creator");
+}
+
+TEST(VornObjectFactoryTest, GlobalInstanceIsMadeOnceAndStaysStaleAfterDeletion)
+{
+    VornObjectFactory* global = VornObjectFactory::getGlobalInstance();
+    EXPECT_EQ(VornObjectFactory::getGlobalInstance(), global);
+    // Deleting the process-wide factory is the library's last act; a child
+    // process leaves without running it again.
+    EXPECT_EXIT(
+        {
+            VornObjectFactory::deleteGlobalInstance();
+            _exit(VornObjectFactory::getGlobalInstance() == global ? 0 : 1);
+        },
+        ::testing::ExitedWithCode(0), "");
+}

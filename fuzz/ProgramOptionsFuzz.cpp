@@ -1,6 +1,6 @@
 // Program options over arbitrary argument vectors. The input is cut at NUL
-// bytes: the first piece is the short specification, the second the long
-// one, the rest are the arguments. The first byte chooses the mode and
+// bytes: the first piece is the string of short options, the second that of
+// long ones, the rest are the arguments. The first byte chooses the mode and
 // whether slashes start options. Parsing either succeeds or throws
 // VornException; the same pieces joined by blanks go through the
 // command-line form too.

@@ -1,6 +1,6 @@
-// Versions and range specifications from arbitrary text. The input is two
+// Versions and version range lists from arbitrary text. The input is two
 // texts split at the first line feed: both parse or throw VornException, the
-// range specification of the whole input too, and compare gives opposite
+// range list of the whole input too, and compare gives opposite
 // answers for the two orders.
 #include <vsupt/VornException.h>
 #include <vsupt/VornVersion.h>

@@ -5,7 +5,7 @@
 // throw VornException, and nothing else, on an option they can't take. In
 // free mode every option is stored: "-name=value", "--name=value" and, with
 // slash options, "/name=value" store value under name. In strict mode the
-// options must be declared: the short specification "ab:" declares -a and
+// options must be declared: the short option string "ab:" declares -a and
 // -b with data, the long one ":help:file.:" declares --help and --file with
 // data. There, a single-dash option is tried as a long name first, and takes
 // its data from the next argument ("-file out"); a double-dash option that

@@ -5,7 +5,7 @@
 // may be empty: "4.2.1" has three numbers, "4.2.beta" two numbers and the
 // label "beta". Parsing appends to what is there; the constructor and the
 // assignment from a text start from an empty version. createRangeVector
-// reads a specification such as "1.0,{2.0-3.0}": an exact version, or a
+// reads a range list such as "1.0,{2.0-3.0}": an exact version, or a
 // range from a lower version (inclusive) to an upper one (exclusive).
 // VornVersionRange tests a version against one such range.
 //
@@ -51,10 +51,10 @@ public:
     // numbers count as 0; the labels decide last, by byte value, and any
     // label ranks above none.
     static int compare(const VornVersion& first, const VornVersion& second);
-    // The exact versions and ranges of a specification, in its order; an
+    // The exact versions and ranges of a range list, in its order; an
     // upper version that is not isInit marks an exact version. Throws
     // VornException for a malformed range or version; lets out nothing else.
-    static std::vector<std::pair<VornVersion, VornVersion> > createRangeVector(const std::string& specification);
+    static std::vector<std::pair<VornVersion, VornVersion> > createRangeVector(const std::string& ranges);
 
 private:
     std::vector<int> m_components;

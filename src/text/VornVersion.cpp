@@ -123,11 +123,11 @@ int VornVersion::compare(const VornVersion& first, const VornVersion& second)
     return order == 0 ? Equal : decide(order < 0);
 }
 
-std::vector<std::pair<VornVersion, VornVersion> > VornVersion::createRangeVector(const std::string& specification)
+std::vector<std::pair<VornVersion, VornVersion> > VornVersion::createRangeVector(const std::string& ranges)
 {
     return letOutOnly<VornException>([&] {
         std::vector<std::pair<std::string, std::string> > texts;
-        ::VornTokenizer<std::string> pieces(specification, ",", true);
+        ::VornTokenizer<std::string> pieces(ranges, ",", true);
         while (pieces.hasMoreTokens()) {
             const std::string piece = pieces.next();
             if (piece.empty() || piece[0] != '{') {
@@ -139,7 +139,7 @@ std::vector<std::pair<VornVersion, VornVersion> > VornVersion::createRangeVector
             const std::string::size_type dash = piece.find('-');
             const std::string::size_type length = piece.size();
             if (dash == std::string::npos || dash < 2 || dash >= length - 2) {
-                throw VornException("VornVersion::createRangeVector: Invalid range specification: " + specification, 0);
+                throw VornException("VornVersion::createRangeVector: Invalid range specification: " + ranges, 0);
             }
             texts.emplace_back(piece.substr(1, dash - 1), piece.substr(dash + 1, length - dash - 2));
         }

@@ -97,13 +97,13 @@ TEST(VornVersionTest, RangeVectorReadsExactVersionsAndRangesInOrder)
 
 TEST(VornVersionTest, RangeVectorRefusesRangesWithoutRoomAroundTheDash)
 {
-    for (const char* specification : {"{-3.0}", "{1}", "{1-}", "{1-2", "1.0,{1-2"}) {
+    for (const char* ranges : {"{-3.0}", "{1}", "{1-}", "{1-2", "1.0,{1-2"}) {
         try {
-            VornVersion::createRangeVector(specification);
-            ADD_FAILURE() << specification << " was accepted";
+            VornVersion::createRangeVector(ranges);
+            ADD_FAILURE() << ranges << " was accepted";
         } catch (const VornException& e) {
             EXPECT_EQ(e.getText(), std::string("VornVersion::createRangeVector: Invalid range specification: ") +
-                                       specification);
+                                       ranges);
         }
     }
     EXPECT_EQ(VornVersion::createRangeVector("{1-2}")[0].second.toString(), "2");

@@ -68,7 +68,6 @@ private:
     void fire(VornTimer& timer);
     void waitUntilNotFiring(const VornTimer& timer);
     void scanNow();
-    VornTimer* nextUnvisited();
 
     VornEvent m_event;
     std::vector<VornTimer*> m_timers;

@@ -187,16 +187,6 @@ void VornTimerManager::scanNow()
     m_elapsedLock.unlock();
 }
 
-VornTimer* VornTimerManager::nextUnvisited()
-{
-    for (VornTimer* timer : m_timers) {
-        if (!timer->m_bVisited) {
-            return timer;
-        }
-    }
-    return nullptr;
-}
-
 // Each timer is looked at once per scan; after every expiry the walk starts
 // again from the front, since the handler may have changed the list. A
 // repeating timer is queued again, from this moment, before its handler
@@ -211,9 +201,16 @@ void VornTimerManager::elapsed()
     }
     VornCriticalSection listGuard(m_timersLock, true);
     m_bInElapsed = true;
-    for (VornTimer* timer = nextUnvisited(); timer != nullptr; timer = nextUnvisited()) {
+    std::size_t position = 0;
+    while (position < m_timers.size()) {
+        VornTimer* timer = m_timers[position];
+        if (timer->m_bVisited) {
+            ++position;
+            continue;
+        }
         timer->m_bVisited = true;
         if (!(timer->m_expiry <= now())) {
+            ++position;
             continue;
         }
         remove(*timer);
@@ -221,6 +218,7 @@ void VornTimerManager::elapsed()
             addImpl(*timer);
         }
         fire(*timer);
+        position = 0;
     }
     for (VornTimer* timer : m_timers) {
         timer->m_bVisited = false;

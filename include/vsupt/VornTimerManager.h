@@ -4,11 +4,19 @@
 // stop sequence; after that, getInstance throws for the rest of the process.
 // It keeps the running timers, which it does not own, in a list sorted by
 // expiry. A thread that changes the list raises SIGUSR1 in its own process,
-// and the SIGUSR1 handler arms the interval timer with the distance to the
-// first expiry; SIGALRM then starts a VornTimerThread, which scans the list,
-// takes out what is due, re-queues the repeating timers and calls set() on
-// each with the list lock released. Both handlers are installed when the
-// library is loaded and stay.
+// and the interval timer is armed with the distance to the first expiry;
+// SIGALRM then starts a VornTimerThread, which scans the list, takes out
+// what is due, re-queues the repeating timers and calls set() on each with
+// the list lock released. Both handlers are installed when the library is
+// loaded and stay.
+//
+// The handlers themselves only note their signal and wake the library's
+// relay thread, which arms the interval timer and starts the timer threads
+// in their stead. The signal may have interrupted malloc or the thread
+// library on any thread, and creating a thread from there can deadlock the
+// process. The relay runs only while a timer is queued, and for a second
+// after; a timer that the relay finds already due is scanned on a new timer
+// thread, so that no handler of a client runs on the relay.
 //
 // m_timersLock guards the list; m_elapsedLock lets one scan run at a time.
 // A scan takes m_elapsedLock, then m_timersLock. A change to the list that
@@ -43,9 +51,9 @@ public:
     void add(VornTimer& timer);
     // Erases every occurrence; a timer not in the list is no error.
     void remove(VornTimer& timer);
-    // Works out the distance to the first expiry; scans at once if it is
-    // due, else arms the interval timer (arm) or asks the SIGUSR1 handler
-    // to (!arm).
+    // Works out the distance to the first expiry. If it is due, scans at
+    // once (!arm) or starts a timer thread (arm); else arms the interval
+    // timer (arm) or raises SIGUSR1 to have it armed (!arm).
     void reset(bool arm);
     // One scan of the list.
     void elapsed();

@@ -7,6 +7,7 @@
 #include "frame/ExceptionBorder.h"
 #include "log/LibraryLog.h"
 #include "thread/LibrarySignals.h"
+#include "thread/SignalRelay.h"
 
 #include <cxxabi.h>
 #include <pthread.h>
@@ -31,8 +32,8 @@ namespace VornSupport {
 
 namespace {
 
-// Threads that have deleted their object and wait to be joined by the
-// SIGUSR2 handler. They are built before the library's start-up object and
+// Threads that have deleted their object and wait to be joined by the relay
+// on behalf of the SIGUSR2 handler. They are built before the library's start-up object and
 // so go after its stop sequence, which ends the making of timer threads.
 VornCriticalSectionObject g_exitThreadLock __attribute__((init_priority(101)));
 std::vector<unsigned long> g_vExitThreads __attribute__((init_priority(101)));
@@ -275,32 +276,42 @@ void VornThread::announceDone(int exitCode)
 
 namespace {
 
-// The ending thread takes no more of the library's signals: the SIGUSR2
-// handler must run on a thread that nobody is about to join.
 void announceEnd(unsigned long id)
 {
-    blockLibrarySignalsOnThisThread();
     {
         VornCriticalSection guard(g_exitThreadLock, true);
         g_vExitThreads.push_back(id);
+        SignalRelay::hold();
     }
     ::kill(getpid(), SIGUSR2);
 }
 
-// Joins every thread that has announced its end. If the kernel picked one of
-// those very threads to run the handler, its own join fails and it is
-// dropped unreaped.
 void SignalHandler(int)
 {
-    const int savedErrno = errno;
+    SignalRelay::post(SignalRelay::JoinEndedThreads);
+}
+
+// On the relay: joins every thread that has announced its end. Each of them
+// has nothing left to do but return.
+void joinEndedThreads()
+{
+    std::vector<unsigned long> ended;
     {
         VornCriticalSection guard(g_exitThreadLock, true);
-        for (unsigned long id : g_vExitThreads) {
-            pthread_join(static_cast<pthread_t>(id), nullptr);
-        }
-        g_vExitThreads.clear();
+        ended.swap(g_vExitThreads);
     }
-    errno = savedErrno;
+    for (unsigned long id : ended) {
+        pthread_join(static_cast<pthread_t>(id), nullptr);
+    }
+    SignalRelay::release(static_cast<int>(ended.size()));
+}
+
+// A forked child has none of the parent's other threads: joining one of them
+// would wait for ever.
+void forgetEndedThreadsInChild()
+{
+    SignalRelay::release(static_cast<int>(g_vExitThreads.size()));
+    g_vExitThreads.clear();
 }
 
 // The clean-up of a thread that dies by cancellation: its critical
@@ -348,10 +359,17 @@ VSUPT_CATCHES_FORCED_UNWIND void* VornThreadFn(void* self)
 
 void VSUPTInitVornThread()
 {
+    SignalRelay::setPerformer(SignalRelay::JoinEndedThreads, joinEndedThreads, false);
+    pthread_atfork(nullptr, nullptr, forgetEndedThreadsInChild);
     installLibrarySignalHandler(SIGUSR2, SignalHandler);
 }
 
-void VSUPTFinitVornThread() {}
+// The timer module has stopped before this: what runs on the relay now is
+// the joining of threads that have already ended.
+void VSUPTFinitVornThread()
+{
+    SignalRelay::shutDown();
+}
 
 // ---------------------------------------------------------------------------
 // Waits over threads

@@ -4,6 +4,7 @@
 #include <vsupt/VornException.h>
 
 #include "thread/LibrarySignals.h"
+#include "thread/SignalRelay.h"
 #include "thread/VornTimerThread.h"
 
 #include <signal.h>
@@ -27,9 +28,10 @@ VornTimer::TimeInterval now()
 }
 
 // ---------------------------------------------------------------------------
-// The interval timer and the two signals. Only the SIGUSR1 handler arms the
-// interval timer, so it is always armed from signal context, whatever thread
-// changed the list.
+// The interval timer and the two signals. Each handler only hands its signal
+// to the relay thread, which does the work: SIGUSR1 arms the interval timer,
+// SIGALRM starts a timer thread. So the interval timer is always armed on the
+// relay, whatever thread changed the list.
 
 // The milliseconds go into the microseconds field as they are: a remainder
 // only makes the signal come sooner, and the expiry test counts whole
@@ -49,28 +51,36 @@ void askForArming()
 
 void SignalHandler(int)
 {
-    const int savedErrno = errno;
-    try {
-        VornTimerManager::getInstance()->reset(true);
-    } catch (const VornException&) {
-    }
-    errno = savedErrno;
+    SignalRelay::post(SignalRelay::ArmIntervalTimer);
 }
 
 void AlarmHandler(int)
 {
-    const int savedErrno = errno;
+    SignalRelay::post(SignalRelay::StartTimerThread);
+}
+
+void armOnRelay()
+{
+    try {
+        VornTimerManager::getInstance()->reset(true);
+    } catch (const VornException&) {
+    }
+}
+
+void startTimerThreadOnRelay()
+{
     try {
         VornTimerManager::getInstance()->timeout();
     } catch (const VornException&) {
     }
-    errno = savedErrno;
 }
 
 }  // namespace
 
 void VSUPTInitVornTimer()
 {
+    SignalRelay::setPerformer(SignalRelay::ArmIntervalTimer, armOnRelay, false);
+    SignalRelay::setPerformer(SignalRelay::StartTimerThread, startTimerThreadOnRelay, true);
     installLibrarySignalHandler(SIGALRM, AlarmHandler);
     installLibrarySignalHandler(SIGUSR1, SignalHandler);
 }
@@ -131,13 +141,20 @@ void VornTimerManager::addImpl(VornTimer& timer)
     const auto place = std::find_if(m_timers.begin(), m_timers.end(),
                                     [&timer](const VornTimer* queued) { return timer.m_expiry <= queued->m_expiry; });
     m_timers.insert(place, &timer);
+    if (m_timers.size() == 1) {
+        SignalRelay::hold();
+    }
     timer.m_bQueued = true;
 }
 
 void VornTimerManager::remove(VornTimer& timer)
 {
     VornCriticalSection guard(m_timersLock, true);
+    const bool wasEmpty = m_timers.empty();
     m_timers.erase(std::remove(m_timers.begin(), m_timers.end(), &timer), m_timers.end());
+    if (!wasEmpty && m_timers.empty()) {
+        SignalRelay::release();
+    }
     if (!m_timers.empty()) {
         reset(false);
     } else {
@@ -155,7 +172,9 @@ void VornTimerManager::removeIfQueued(VornTimer& timer)
 }
 
 // An interval timer armed earlier stays armed when the list empties: its
-// SIGALRM then finds nothing to do.
+// SIGALRM then finds nothing to do. On the relay (arm), a timer already due
+// goes to a new timer thread rather than being scanned there: a client's
+// handler must never hold up the signals queued behind it.
 void VornTimerManager::reset(bool arm)
 {
     VornCriticalSection guard(m_timersLock, true);
@@ -165,7 +184,11 @@ void VornTimerManager::reset(bool arm)
     m_nextInterval = m_timers.front()->m_expiry;
     m_nextInterval.m_seconds -= static_cast<std::int64_t>(std::time(nullptr));
     if (m_nextInterval.m_seconds < 0 || (m_nextInterval.m_seconds == 0 && m_nextInterval.m_milliseconds == 0)) {
-        scanNow();
+        if (arm) {
+            timeout();
+        } else {
+            scanNow();
+        }
     } else if (arm) {
         armIntervalTimer(m_nextInterval);
     } else {

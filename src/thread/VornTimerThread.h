@@ -1,5 +1,6 @@
-// The short-lived thread of one timer expiry: made by the SIGALRM handler,
-// marked for death, it scans the timer list once and deletes itself.
+// The short-lived thread of one timer expiry: made for each SIGALRM by the
+// relay thread, marked for death, it scans the timer list once and deletes
+// itself.
 #ifndef VSUPT_VORNTIMERTHREAD_H
 #define VSUPT_VORNTIMERTHREAD_H
 

@@ -13,6 +13,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -77,8 +78,8 @@ void BM_VornThread_StartWait(benchmark::State& state)
 BENCHMARK_TEMPLATE(BM_VornThread_StartWait, VornThread)->UseRealTime();
 BENCHMARK_TEMPLATE(BM_VornThread_StartWait, BusyThread)->UseRealTime();
 
-// The life ends when the SIGUSR2 handler has joined the thread: the next
-// thread is started only then, which the reaping lock shows.
+// The life is timed to the deletion of the object; its join, raised by
+// SIGUSR2, follows while the next life has begun and competes with it.
 std::mutex g_lifeMutex;
 std::condition_variable g_lifeEnded;
 bool g_ended = false;
@@ -109,15 +110,18 @@ void BM_VornThread_SelfDeletingLife(benchmark::State& state)
 }
 BENCHMARK(BM_VornThread_SelfDeletingLife)->UseRealTime();
 
-// A one-shot timer of one second; the time reported is how far past that
-// second it fired. The benchmark's thread sleeps while the timer runs.
+// A one-shot timer of one second, started just after the clock's second has
+// turned, so that its expiry second begins one second later; the time
+// reported is how far past that moment its handler began. The benchmark's
+// thread sleeps while the timer runs.
 class LatencyTimer : public VornTimer {
 public:
     void set() override
     {
+        const Clock::time_point firedAt = Clock::now();
         VornTimer::set();
         std::lock_guard<std::mutex> hold(m_mutex);
-        m_firedAt = Clock::now();
+        m_firedAt = firedAt;
         m_fired = true;
         m_changed.notify_one();
     }
@@ -137,11 +141,19 @@ private:
     bool m_fired = false;
 };
 
+void sleepUntilTheSecondTurns()
+{
+    const auto sinceEpoch = std::chrono::system_clock::now().time_since_epoch();
+    const auto intoSecond = sinceEpoch - std::chrono::duration_cast<std::chrono::seconds>(sinceEpoch);
+    std::this_thread::sleep_for(std::chrono::seconds(1) - intoSecond);
+}
+
 void BM_VornTimer_ExpiryLatency(benchmark::State& state)
 {
     LatencyTimer timer;
     std::vector<double> late;
     for (auto _ : state) {
+        sleepUntilTheSecondTurns();
         const Clock::time_point started = Clock::now();
         timer.start(1000, true);
         const double fired = timer.secondsUntilFired(started);

@@ -3,11 +3,95 @@
 
 #include <gtest/gtest.h>
 
-using VornSupport::VornLocaleFactory;
+#include <cstdlib>
+#include <string>
+#include <unistd.h>
+
+using namespace VornSupport;
+
+namespace {
+
+using Factory = VornLocaleFactory;
+
+// Locales under the names the tests need, made once for the build tree with
+// localedef from the system's locale sources and found through LOCPATH.
+class VornLocaleFactoryNameTest : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        const std::string directory = VSUPT_TEST_LOCALE_DIR;
+        setenv("LOCPATH", directory.c_str(), 1);
+        for (const auto& [name, source] : {std::pair<const char*, const char*>{"en_US.UTF-8", "en_US"},
+                                           {"English_United States", "en_US"},
+                                           {"de_DE", "de_DE"},
+                                           {"en_US", "en_US"}}) {
+            if (!makeLocale(directory, name, source)) {
+                GTEST_SKIP() << "localedef could not make the locale " << name;
+            }
+        }
+    }
+
+    void TearDown() override { unsetenv("LOCPATH"); }
+
+    static bool makeLocale(const std::string& directory, const std::string& name, const std::string& source)
+    {
+        const std::string path = directory + "/" + name;
+        if (access(path.c_str(), F_OK) == 0) {
+            return true;
+        }
+        // Made beside its place and moved there, so that test processes
+        // running at once never see half a locale.
+        const std::string scratch = path + "." + std::to_string(getpid());
+        const std::string command = "mkdir -p '" + directory + "' && localedef -i " + source + " -f UTF-8 '" +
+                                    scratch + "' >/dev/null 2>&1; test -d '" + scratch + "' && mv -T '" + scratch +
+                                    "' '" + path + "' 2>/dev/null; test -d '" + path + "'";
+        return std::system(command.c_str()) == 0;
+    }
+};
+
+void expectPieces(const char* name, const char* language, const char* country)
+{
+    const std::locale locale(name);
+    EXPECT_EQ(Factory::getLanguage(locale), language) << name;
+    EXPECT_EQ(Factory::getCountry(locale), country) << name;
+}
+
+}  // namespace
 
 TEST(VornLocaleFactoryTest, TheDefaultLocaleIsTheEnvironmentsWhateverTheFlag)
 {
-    const std::string environment = VornSupport::GetAppropriateLocaleObject().name();
-    EXPECT_EQ(VornLocaleFactory::getDefaultLocale(true).name(), environment);
-    EXPECT_EQ(VornLocaleFactory::getDefaultLocale(false).name(), environment);
+    const std::string environment = GetAppropriateLocaleObject().name();
+    EXPECT_EQ(Factory::getDefaultLocale(true).name(), environment);
+    EXPECT_EQ(Factory::getDefaultLocale(false).name(), environment);
+}
+
+// The maps are process-wide and filled here: the names before and after.
+TEST_F(VornLocaleFactoryNameTest, LongNamesTurnIntoCodesOnlyOnceTheMapsAreFilled)
+{
+    expectPieces("English_United States", "English", "United States");
+    expectPieces("en_US.UTF-8", "en", "US");
+    expectPieces("de_DE", "de", "DE");
+    expectPieces("C", "C", "C");
+    expectPieces("C.utf8", "C.utf8", "C");
+    EXPECT_EQ(Factory::getLocale(Factory::LanguageEnglish).name(), "C");
+
+    Factory::initializeLanguageCountryCode();
+    Factory::initializeLanguageCountryCode();
+    expectPieces("English_United States", "en", "US");
+    expectPieces("en_US.UTF-8", "en", "US");
+    expectPieces("C", "C", "C");
+    EXPECT_EQ(g_oLanguageData.size(), 6u);
+    EXPECT_EQ(g_oLanguageCodeData.at("Spanish"), Factory::LanguageSpanish);
+    EXPECT_EQ(g_oCountryData.size(), 7u);
+    EXPECT_EQ(g_oCountryData.at("Mexico"), "ES");
+    EXPECT_EQ(g_oLocaleData.size(), 7u);
+}
+
+TEST_F(VornLocaleFactoryNameTest, GetLocaleFallsBackToCWhereTheTableOrTheSystemHasNoLocale)
+{
+    Factory::initializeLanguageCountryCode();
+    EXPECT_EQ(Factory::getLocale(Factory::LanguageEnglish).name(), "en_US");
+    for (int language : {0, 5, 6, 42}) {
+        EXPECT_EQ(Factory::getLocale(static_cast<Factory::Language>(language)).name(), "C") << language;
+    }
 }

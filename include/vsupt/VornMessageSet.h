@@ -33,9 +33,6 @@ public:
     std::wstring getMessage(const std::string& key) const;
 
 private:
-    void loadOptionalFile(const std::string& path);
-    static std::string fileName(const std::string& stem);
-
     std::locale m_locale;
     VornProperties<std::wstring> m_messages;
 };

@@ -84,8 +84,6 @@ private:
     Children::iterator findChild(const std::string& key);
     NodePointer addAtLastLevel(NodePointer node, const std::string& key);
     NodePointer takeOverPlaceholder(NodePointer node, NodePointer placeholder, const std::string& key);
-    static std::string takeFirstComponent(std::vector<std::string>& path);
-    static std::vector<std::string> splitPath(const std::string& path, const char* separators);
 
     Children m_children;
     std::string m_key;

@@ -17,6 +17,22 @@ bool isPlaceholder(const VornTreeNode& node)
     return std::string(typeid(node).name()).find("VornTreeNode") != std::string::npos;
 }
 
+// Removes the first component of the path and gives it back without the
+// blanks around it.
+std::string takeFirstComponent(std::vector<std::string>& path)
+{
+    const std::string key = VornStringUtilities::trim(path.front(), std::string(" "), VornStringUtilities::trimBoth);
+    path.erase(path.begin());
+    return key;
+}
+
+std::vector<std::string> splitPath(const std::string& path, const char* separators)
+{
+    std::vector<std::string> components;
+    VornSupport::VornTokenizer(path, std::string(separators), components);
+    return components;
+}
+
 }  // namespace
 
 VornTreeNode::VornTreeNode() : m_parent(nullptr) {}
@@ -186,20 +202,6 @@ VornTreeNode::Children::iterator VornTreeNode::findChild(const std::string& key)
         ++child;
     }
     return child;
-}
-
-std::string VornTreeNode::takeFirstComponent(std::vector<std::string>& path)
-{
-    const std::string key = VornStringUtilities::trim(path.front(), std::string(" "), VornStringUtilities::trimBoth);
-    path.erase(path.begin());
-    return key;
-}
-
-std::vector<std::string> VornTreeNode::splitPath(const std::string& path, const char* separators)
-{
-    std::vector<std::string> components;
-    VornSupport::VornTokenizer(path, std::string(separators), components);
-    return components;
 }
 
 }  // namespace VornSupport

@@ -8,6 +8,25 @@
 
 namespace VornSupport {
 
+namespace {
+
+std::string fileName(const std::string& stem)
+{
+    return stem + ".pro";
+}
+
+// The language and country files only refine the base file: one that can't
+// be opened is passed over.
+void loadOptionalFile(VornProperties<std::wstring>& messages, const std::string& path)
+{
+    try {
+        messages.loadProperties(path, L'=');
+    } catch (const VornException&) {
+    }
+}
+
+}  // namespace
+
 VornMessageSet::VornMessageSet(const std::string& baseName, std::locale locale)
     : m_locale(std::move(locale)), m_messages(false)
 {
@@ -23,12 +42,12 @@ void VornMessageSet::loadSet(const std::string& baseName)
     if (language.empty()) {
         return;
     }
-    loadOptionalFile(fileName(baseName + "_" + language));
+    loadOptionalFile(m_messages, fileName(baseName + "_" + language));
     const std::string country = VornLocaleFactory::getCountry(m_locale);
     if (country.empty()) {
         return;
     }
-    loadOptionalFile(fileName(baseName + "_" + language + "_" + country));
+    loadOptionalFile(m_messages, fileName(baseName + "_" + language + "_" + country));
 }
 
 std::wstring VornMessageSet::getMessage(const std::string& key) const
@@ -39,21 +58,6 @@ std::wstring VornMessageSet::getMessage(const std::string& key) const
         throw VornMissingMessageException(key);
     }
     return message;
-}
-
-// The language and country files only refine the base file: one that can't
-// be opened is passed over.
-void VornMessageSet::loadOptionalFile(const std::string& path)
-{
-    try {
-        m_messages.loadProperties(path, L'=');
-    } catch (const VornException&) {
-    }
-}
-
-std::string VornMessageSet::fileName(const std::string& stem)
-{
-    return stem + ".pro";
 }
 
 }  // namespace VornSupport

@@ -1,34 +1,17 @@
+#include "support/TestAndSetElsewhere.h"
+
 #include <vsupt/VornLockFactory.h>
 #include <vsupt/VornNoSuchElementException.h>
 
 #include <gtest/gtest.h>
 
 #include <string>
-#include <thread>
 #include <vector>
 
 using namespace VornSupport;
 
 using ReadWriteLocks = VornLockFactory<std::string, VornReadWriteLock>;
 using Sections = VornLockFactory<std::string, VornCriticalSectionObject>;
-
-namespace {
-
-// Whether another thread could take the section now.
-bool freeForOthers(VornCriticalSectionObject& section)
-{
-    bool taken = false;
-    std::thread other([&] {
-        taken = section.testAndSet();
-        if (taken) {
-            section.unlock();
-        }
-    });
-    other.join();
-    return taken;
-}
-
-}  // namespace
 
 TEST(VornLockFactoryTest, CreatingANameAgainKeepsTheLockAndItsHolder)
 {
@@ -38,9 +21,9 @@ TEST(VornLockFactoryTest, CreatingANameAgainKeepsTheLockAndItsHolder)
     section.lock();
     factory.createLock("a");
     EXPECT_EQ(&factory.get("a"), &section);
-    EXPECT_FALSE(freeForOthers(factory.get("a")));
+    EXPECT_FALSE(testAndSetElsewhere(factory.get("a")));
     section.unlock();
-    EXPECT_TRUE(freeForOthers(factory.get("a")));
+    EXPECT_TRUE(testAndSetElsewhere(factory.get("a")));
     EXPECT_EQ(factory.getRegisteredLockNames(), std::vector<std::string>{"a"});
 }
 
@@ -89,8 +72,8 @@ TEST(VornLockFactoryTest, CopiesShareReadWriteLocksAndUsedSectionsOnly)
     EXPECT_EQ(assigned.getRegisteredLockNames(), (std::vector<std::string>{"unused", "used"}));
     sections.get("used").lock();
     sections.get("unused").lock();
-    EXPECT_FALSE(freeForOthers(assigned.get("used")));
-    EXPECT_TRUE(freeForOthers(assigned.get("unused")));
+    EXPECT_FALSE(testAndSetElsewhere(assigned.get("used")));
+    EXPECT_TRUE(testAndSetElsewhere(assigned.get("unused")));
     sections.get("used").unlock();
     sections.get("unused").unlock();
 }

@@ -10,47 +10,32 @@ namespace {
 
 using VornSupport::VornReadWriteLock;
 
-void BM_VornReadWriteLock_ReadLockUnlock(benchmark::State& state)
+template <void (VornReadWriteLock::*lock)(), void (VornReadWriteLock::*unlock)()>
+void BM_VornReadWriteLock(benchmark::State& state)
 {
-    VornReadWriteLock lock;
+    VornReadWriteLock rwlock;
     for (auto _ : state) {
-        lock.readLock();
-        lock.readUnLock();
+        (rwlock.*lock)();
+        (rwlock.*unlock)();
     }
 }
-BENCHMARK(BM_VornReadWriteLock_ReadLockUnlock);
+BENCHMARK_TEMPLATE(BM_VornReadWriteLock, &VornReadWriteLock::readLock, &VornReadWriteLock::readUnLock)
+    ->Name("BM_VornReadWriteLock_ReadLockUnlock");
+BENCHMARK_TEMPLATE(BM_VornReadWriteLock, &VornReadWriteLock::writeLock, &VornReadWriteLock::writeUnLock)
+    ->Name("BM_VornReadWriteLock_WriteLockUnlock");
 
-void BM_PthreadRwlock_ReadLockUnlock(benchmark::State& state)
+template <int (*lock)(pthread_rwlock_t*)>
+void BM_PthreadRwlock(benchmark::State& state)
 {
-    pthread_rwlock_t lock = PTHREAD_RWLOCK_INITIALIZER;
+    pthread_rwlock_t rwlock = PTHREAD_RWLOCK_INITIALIZER;
     for (auto _ : state) {
-        pthread_rwlock_rdlock(&lock);
-        pthread_rwlock_unlock(&lock);
+        lock(&rwlock);
+        pthread_rwlock_unlock(&rwlock);
     }
-    pthread_rwlock_destroy(&lock);
+    pthread_rwlock_destroy(&rwlock);
 }
-BENCHMARK(BM_PthreadRwlock_ReadLockUnlock);
-
-void BM_VornReadWriteLock_WriteLockUnlock(benchmark::State& state)
-{
-    VornReadWriteLock lock;
-    for (auto _ : state) {
-        lock.writeLock();
-        lock.writeUnLock();
-    }
-}
-BENCHMARK(BM_VornReadWriteLock_WriteLockUnlock);
-
-void BM_PthreadRwlock_WriteLockUnlock(benchmark::State& state)
-{
-    pthread_rwlock_t lock = PTHREAD_RWLOCK_INITIALIZER;
-    for (auto _ : state) {
-        pthread_rwlock_wrlock(&lock);
-        pthread_rwlock_unlock(&lock);
-    }
-    pthread_rwlock_destroy(&lock);
-}
-BENCHMARK(BM_PthreadRwlock_WriteLockUnlock);
+BENCHMARK_TEMPLATE(BM_PthreadRwlock, pthread_rwlock_rdlock)->Name("BM_PthreadRwlock_ReadLockUnlock");
+BENCHMARK_TEMPLATE(BM_PthreadRwlock, pthread_rwlock_wrlock)->Name("BM_PthreadRwlock_WriteLockUnlock");
 
 const vsupt_bench::RatioRegistration ratios{
     {"read lock+unlock", "BM_VornReadWriteLock_ReadLockUnlock", "BM_PthreadRwlock_ReadLockUnlock", 1.2},

@@ -1,7 +1,6 @@
 #include "support/LogRecords.h"
 
 #include <vsupt/VornEventTimerThread.h>
-#include <vsupt/VornThread.h>
 #include <vsupt/VornTimer.h>
 
 #include <gtest/gtest.h>
@@ -9,94 +8,74 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
-#include <mutex>
 #include <string>
 #include <thread>
 #include <vector>
 
 using namespace VornSupport;
-using log_records::recordsAt;
+using Records = std::vector<std::string>;
 
 namespace {
 
-// Where each run of timerExpired came from; it outlives the threads.
-class Expiries {
-public:
-    void add(unsigned long thread)
-    {
-        std::lock_guard<std::mutex> hold(m_mutex);
-        m_threads.push_back(thread);
-    }
-
-    std::vector<unsigned long> threads()
-    {
-        std::lock_guard<std::mutex> hold(m_mutex);
-        return m_threads;
-    }
-
-private:
-    std::mutex m_mutex;
-    std::vector<unsigned long> m_threads;
-};
-
+// Notes the thread of each timerExpired in a list of the test's.
 class Ticker : public VornEventTimerThread {
 public:
-    Ticker(VornTimer& timer, Expiries& expiries) : VornEventTimerThread("Ticker", timer), m_expiries(expiries) {}
+    Ticker(VornTimer& timer, std::vector<unsigned long>& threads)
+        : VornEventTimerThread("Ticker", timer), m_threads(threads)
+    {
+    }
 
-    void timerExpired() override { m_expiries.add(getCurrentThreadId()); }
+    void timerExpired() override
+    {
+        m_threads.push_back(getCurrentThreadId());
+        ++m_count;
+    }
 
-private:
-    Expiries& m_expiries;
+    std::vector<unsigned long>& m_threads;
+    std::atomic<std::size_t> m_count{0};
 };
 
-std::vector<std::string> destructorRecords(const std::vector<std::string>& records)
+// The destructor's records, without those of the timer.
+Records destroy(Ticker* ticker)
 {
-    std::vector<std::string> own;
-    std::copy_if(records.begin(), records.end(), std::back_inserter(own), [](const std::string& text) {
-        return text.rfind("VornEventTimerThread::", 0) == 0;
-    });
+    Records own;
+    for (const std::string& text : log_records::recordsAt(9, [&] { delete ticker; })) {
+        if (text.rfind("VornEventTimerThread::~VornEventTimerThread: ", 0) == 0) {
+            own.push_back(text.substr(45));
+        }
+    }
     return own;
 }
-
-const std::string destructor = "VornEventTimerThread::~VornEventTimerThread: ";
 
 }  // namespace
 
 TEST(VornEventTimerThreadTest, AThreadNeverStartedIsDestroyedWithoutWaiting)
 {
     VornTimer timer;
-    Expiries expiries;
-    auto* ticker = new Ticker(timer, expiries);
-    EXPECT_EQ(destructorRecords(recordsAt(9, [&] { delete ticker; })),
-              (std::vector<std::string>{destructor + "entering", destructor + "exiting"}));
+    std::vector<unsigned long> threads;
+    EXPECT_EQ(destroy(new Ticker(timer, threads)), (Records{"entering", "exiting"}));
 }
 
 // The test's own thread sleeps while the timer fires, and destroys the
-// object just after an expiry, so that the destructor finds the thread
-// asleep.
+// object just after an expiry, so that the destructor finds it asleep.
 TEST(VornEventTimerThreadTest, EachExpiryRunsOnTheThreadItselfUntilTheObjectGoes)
 {
     VornTimer timer;
-    Expiries expiries;
-    auto* ticker = new Ticker(timer, expiries);
+    std::vector<unsigned long> threads;
+    auto* ticker = new Ticker(timer, threads);
     ticker->start();
     timer.start(1, 0, false);
     std::this_thread::sleep_for(std::chrono::milliseconds(2200));
-    const std::size_t seen = expiries.threads().size();
-    while (expiries.threads().size() == seen) {
+    for (const std::size_t seen = ticker->m_count; ticker->m_count == seen;) {
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }
-    const std::vector<unsigned long> threads = expiries.threads();
-    const auto records = recordsAt(9, [&] { delete ticker; });
+    const std::size_t expiries = ticker->m_count;
+    EXPECT_EQ(destroy(ticker), (Records{"entering", "setting exit event", "waiting for thread to exit", "exiting"}));
     timer.stop();
 
-    EXPECT_GE(threads.size(), 2u);
-    EXPECT_LE(threads.size(), 4u);
-    EXPECT_EQ(std::count(threads.begin(), threads.end(), threads.front()), long(threads.size()))
+    EXPECT_EQ(threads.size(), expiries) << "the destructor's wake-up is no expiry";
+    EXPECT_TRUE(expiries >= 2 && expiries <= 4) << expiries;
+    EXPECT_EQ(std::count(threads.begin(), threads.end(), threads.front()), long(expiries))
         << "every expiry on the same thread, not on the timer's";
     EXPECT_NE(threads.front(), VornThread::getCurrentThreadId());
-    EXPECT_EQ(expiries.threads().size(), threads.size()) << "the destructor's wake-up is no expiry";
-    EXPECT_EQ(destructorRecords(records),
-              (std::vector<std::string>{destructor + "entering", destructor + "setting exit event",
-                                        destructor + "waiting for thread to exit", destructor + "exiting"}));
 }

@@ -33,7 +33,8 @@ protected:
             const std::string scratch = path + "." + std::to_string(getpid());
             const std::string command = "test -d '" + path + "' || { mkdir -p '" + directory +
                                         "' && localedef -i en_US -f UTF-8 '" + scratch + "' >/dev/null 2>&1; mv -T '" +
-                                        scratch + "' '" + path + "' 2>/dev/null; test -d '" + path + "'; }";
+                                        scratch + "' '" + path + "' 2>/dev/null || rm -rf '" + scratch + "'; test -d '" +
+                                        path + "'; }";
             if (std::system(command.c_str()) != 0) {
                 GTEST_SKIP() << "localedef could not make the locale " << name;
             }

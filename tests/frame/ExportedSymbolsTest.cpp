@@ -98,16 +98,11 @@ TEST(ExportedSymbolsTest, ThePublicInterfaceIsExported)
         "VornSupport::VornStringToChar(",
         "VornSupport::GetAppropriateLocaleObject()",
         "VornSupport::VornLocaleFactory::getDefaultLocale(bool)",
-        "VornSupport::VornLocaleFactory::getLocale(",
         "VornSupport::g_oLanguageCodeData",
-        "VornSupport::VornMessageSet::getMessage(",
-        "VornSupport::VornReadWriteLock::readLock()",
         "VornSupport::VornLockFactory<std::__cxx11::basic_string<char, std::char_traits<char>, std::allocator<char> >, "
         "VornSupport::VornReadWriteLock>::get(",
         "typeinfo for VornSupport::VornEventTimerThread",
-        "VornSupport::VornBaseProducerConsumer::produceSentinel(bool)",
         "typeinfo for VornSupport::VornBaseSynchronizedQueue",
-        "typeinfo for VornSupport::VornTreeNode",
         "typeinfo for VornSupport::ansi_ctype",
         "typeinfo for VornSupport::utf8_ctype",
         "VornRegularExpressionImplementation<std::__cxx11::basic_string<char, std::char_traits<char>, "

@@ -60,8 +60,9 @@ TEST(VornLocaleFactoryTest, TheDefaultLocaleIsTheEnvironmentsWhateverTheFlag)
     EXPECT_EQ(Factory::getDefaultLocale(false).name(), environment);
 }
 
-// The maps are process-wide and filled here: the names before and after.
-TEST_F(VornLocaleFactoryNameTest, LongNamesTurnIntoCodesOnlyOnceTheMapsAreFilled)
+// The maps are process-wide and filled here: names and locales before and
+// after.
+TEST_F(VornLocaleFactoryNameTest, LongNamesTurnIntoCodesAndLanguagesIntoLocalesOnceTheMapsAreFilled)
 {
     expectPieces("English_United States", "English", "United States");
     expectPieces("en_US.UTF-8", "en", "US");
@@ -80,12 +81,9 @@ TEST_F(VornLocaleFactoryNameTest, LongNamesTurnIntoCodesOnlyOnceTheMapsAreFilled
     EXPECT_EQ(g_oCountryData.size(), 7u);
     EXPECT_EQ(g_oCountryData.at("Mexico"), "ES");
     EXPECT_EQ(g_oLocaleData.size(), 7u);
-}
 
-TEST_F(VornLocaleFactoryNameTest, GetLocaleFallsBackToCWhereTheTableOrTheSystemHasNoLocale)
-{
-    Factory::initializeLanguageCountryCode();
     EXPECT_EQ(Factory::getLocale(Factory::LanguageEnglish).name(), "en_US");
+    // "C" where the table or the system has no locale.
     for (int language : {0, 5, 6, 42}) {
         EXPECT_EQ(Factory::getLocale(static_cast<Factory::Language>(language)).name(), "C") << language;
     }

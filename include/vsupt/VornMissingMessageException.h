@@ -1,5 +1,5 @@
-// Reports a message that a message set does not hold. The library does not
-// throw it itself; it is there for the programs that use it.
+// Reports a message that a message set does not hold: VornMessageSet throws
+// it with the key that was asked for.
 //
 // The text is "VornMissingMessageException - Missing " followed by the text
 // given to the constructor; the code is 0. Like every VornException it

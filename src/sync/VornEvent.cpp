@@ -2,19 +2,13 @@
 #include <vsupt/VornEventNotification.h>
 #include <vsupt/VornThread.h>
 
+#include "sync/EventImplementation.h"
 #include "thread/VornEventWaitThread.h"
 
 #include <cerrno>
 #include <cstdint>
 #include <ctime>
 #include <pthread.h>
-
-// The condition comes first and the mutex behind it; both are made with
-// default attributes.
-struct EventImplementation {
-    pthread_cond_t m_condition;
-    pthread_mutex_t m_mutex;
-};
 
 namespace {
 

@@ -1,3 +1,5 @@
+#include "support/TestAndSetElsewhere.h"
+
 #include <vsupt/VornCriticalSection.h>
 #include <vsupt/Module.h>
 #include <vsupt/VornCriticalSectionObject.h>
@@ -14,24 +16,6 @@
 
 using VornSupport::VornCriticalSection;
 using VornSupport::VornCriticalSectionObject;
-
-namespace {
-
-// Runs a check on a thread of its own, where the section is not owned.
-bool testAndSetElsewhere(VornCriticalSectionObject& section)
-{
-    bool taken = false;
-    std::thread other([&] {
-        taken = section.testAndSet();
-        if (taken) {
-            section.unlock();
-        }
-    });
-    other.join();
-    return taken;
-}
-
-}  // namespace
 
 #ifdef VSUPT_THREAD_POINTER_IS_PTHREAD_SELF
 // A lock's owner is told by the thread pointer without a call; that holds

@@ -3,11 +3,88 @@
 
 #include <gtest/gtest.h>
 
-using VornSupport::VornLocaleFactory;
+#include <cstdlib>
+#include <string>
+#include <unistd.h>
+
+using namespace VornSupport;
+using Factory = VornLocaleFactory;
+
+// glibc's newlocale does not free the search path it builds from LOCPATH;
+// LeakSanitizer is told to pass over that one allocation.
+extern "C" const char* __lsan_default_suppressions()
+{
+    return "leak:__argz_add_sep\n";
+}
+
+namespace {
+
+// Locales under the names the tests need, made once for the build tree with
+// localedef and found through LOCPATH. Each is made beside its place and
+// moved there, so that tests running at once never see half a locale.
+class VornLocaleFactoryNameTest : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        const std::string directory = VSUPT_TEST_LOCALE_DIR;
+        setenv("LOCPATH", directory.c_str(), 1);
+        for (const std::string name : {"en_US", "en_US.UTF-8", "English_United States"}) {
+            const std::string path = directory + "/" + name;
+            const std::string scratch = path + "." + std::to_string(getpid());
+            const std::string command = "test -d '" + path + "' || { mkdir -p '" + directory +
+                                        "' && localedef -i en_US -f UTF-8 '" + scratch + "' >/dev/null 2>&1; mv -T '" +
+                                        scratch + "' '" + path + "' 2>/dev/null || rm -rf '" + scratch + "'; test -d '" +
+                                        path + "'; }";
+            if (std::system(command.c_str()) != 0) {
+                GTEST_SKIP() << "localedef could not make the locale " << name;
+            }
+        }
+    }
+
+    void TearDown() override { unsetenv("LOCPATH"); }
+};
+
+void expectPieces(const char* name, const char* language, const char* country)
+{
+    const std::locale locale(name);
+    EXPECT_EQ(Factory::getLanguage(locale), language) << name;
+    EXPECT_EQ(Factory::getCountry(locale), country) << name;
+}
+
+}  // namespace
 
 TEST(VornLocaleFactoryTest, TheDefaultLocaleIsTheEnvironmentsWhateverTheFlag)
 {
-    const std::string environment = VornSupport::GetAppropriateLocaleObject().name();
-    EXPECT_EQ(VornLocaleFactory::getDefaultLocale(true).name(), environment);
-    EXPECT_EQ(VornLocaleFactory::getDefaultLocale(false).name(), environment);
+    const std::string environment = GetAppropriateLocaleObject().name();
+    EXPECT_EQ(Factory::getDefaultLocale(true).name(), environment);
+    EXPECT_EQ(Factory::getDefaultLocale(false).name(), environment);
+}
+
+// The maps are process-wide and filled here: names and locales before and
+// after.
+TEST_F(VornLocaleFactoryNameTest, LongNamesTurnIntoCodesAndLanguagesIntoLocalesOnceTheMapsAreFilled)
+{
+    expectPieces("English_United States", "English", "United States");
+    expectPieces("en_US.UTF-8", "en", "US");
+    expectPieces("en_US", "en", "US");
+    expectPieces("C", "C", "C");
+    expectPieces("C.utf8", "C.utf8", "C");
+    EXPECT_EQ(Factory::getLocale(Factory::LanguageEnglish).name(), "C");
+
+    Factory::initializeLanguageCountryCode();
+    Factory::initializeLanguageCountryCode();
+    expectPieces("English_United States", "en", "US");
+    expectPieces("en_US.UTF-8", "en", "US");
+    expectPieces("C", "C", "C");
+    EXPECT_EQ(g_oLanguageData.size(), 6u);
+    EXPECT_EQ(g_oLanguageCodeData.at("Spanish"), Factory::LanguageSpanish);
+    EXPECT_EQ(g_oCountryData.size(), 7u);
+    EXPECT_EQ(g_oCountryData.at("Mexico"), "ES");
+    EXPECT_EQ(g_oLocaleData.size(), 7u);
+
+    EXPECT_EQ(Factory::getLocale(Factory::LanguageEnglish).name(), "en_US");
+    // "C" where the table or the system has no locale.
+    for (int language : {0, 5, 6, 42}) {
+        EXPECT_EQ(Factory::getLocale(static_cast<Factory::Language>(language)).name(), "C") << language;
+    }
 }

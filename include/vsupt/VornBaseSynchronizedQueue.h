@@ -1,0 +1,28 @@
+// The part of a queue between threads that does not depend on the element
+// type: the queue's lock. Typed queues derive from it, take the lock through
+// getLock around each access to their items, and empty themselves in clear.
+// clear may be called with a producer-consumer pair's sync mutex held, so it
+// takes the queue's lock by itself when it needs it.
+#ifndef VSUPT_VORNBASESYNCHRONIZEDQUEUE_H
+#define VSUPT_VORNBASESYNCHRONIZEDQUEUE_H
+
+#include <vsupt/VsuptExport.h>
+#include <vsupt/VornCriticalSectionObject.h>
+
+namespace VornSupport {
+
+class VSUPT_API VornBaseSynchronizedQueue {
+public:
+    VornBaseSynchronizedQueue();
+    virtual ~VornBaseSynchronizedQueue();
+
+    virtual void clear() = 0;
+    VornCriticalSectionObject& getLock();
+
+private:
+    VornCriticalSectionObject m_lock;
+};
+
+}  // namespace VornSupport
+
+#endif

@@ -1,0 +1,101 @@
+#include "support/LogRecords.h"
+
+#include <vsupt/VornTreeNode.h>
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+using namespace VornSupport;
+using log_records::recordsAt;
+using Node = VornTreeNode::NodePointer;
+using Keys = std::vector<std::string>;
+
+namespace {
+
+// A real node: its class name does not hold that of the plain node.
+class Folder : public VornTreeNode {
+public:
+    explicit Folder(const std::string& key) : VornTreeNode(key) {}
+};
+
+Keys childKeys(VornTreeNode& node, int count)
+{
+    Keys keys;
+    for (int i = 0; i < count; ++i) {
+        keys.push_back(node[i]->getKey());
+    }
+    return keys;
+}
+
+}  // namespace
+
+TEST(VornTreeNodeTest, AddSortsByBytesEqualKeysInOrderOfArrivalEvenAfterInsert)
+{
+    VornTreeNode root;
+    for (const char* key : {"b", "ab", "c", "a"}) {
+        root.add(new VornTreeNode(key));
+    }
+    Node second = root.add(new VornTreeNode("b"));
+    EXPECT_EQ(childKeys(root, 5), (Keys{"a", "ab", "b", "b", "c"}));
+    EXPECT_NE(root.getNode("b"), second);
+    root.erase("b");
+    EXPECT_EQ(root.getNode("b"), second);
+    root.erase(0);
+    root.insert(0, new VornTreeNode("z"));
+    root.add(new VornTreeNode("d"));
+    EXPECT_EQ(childKeys(root, 5), (Keys{"d", "z", "ab", "b", "c"}));
+}
+
+TEST(VornTreeNodeTest, ARealNodeAddedByPathTakesOverThePlaceholderAndItsChildren)
+{
+    VornTreeNode root;
+    Keys xy{"x", "y"};
+    Node y = root.add(new VornTreeNode, xy);
+    EXPECT_TRUE(xy.empty());
+    EXPECT_EQ(y->getKey(), "y");
+    Node placeholder = root.getNode("x");
+
+    Keys x{"x"};
+    Node folder = root.add(new Folder("ignored"), x);
+    EXPECT_EQ(folder->getKey(), "x");
+    EXPECT_EQ(root.getNode("x"), folder);
+    EXPECT_EQ(folder->getNode("y"), y);
+    EXPECT_FALSE(placeholder->getNode("y"));
+    EXPECT_EQ(childKeys(root, 1), Keys{"x"});
+
+    // A real node stays, and the newcomer is turned away.
+    Keys again{"x"};
+    EXPECT_EQ(root.add(new Folder("x"), again), folder);
+    EXPECT_EQ(root.getNode("x"), folder);
+    EXPECT_EQ(folder->getNode("y"), y);
+}
+
+TEST(VornTreeNodeTest, PathsAreSplitAndTheirComponentsStrippedOfBlanks)
+{
+    VornTreeNode root;
+    Node c = root.add(new VornTreeNode("a/b/c"), "/");
+    EXPECT_EQ(c->getKey(), "c");
+    EXPECT_EQ(root.getNode("a/b/c", "/"), c);
+    EXPECT_FALSE(root.getNode("a/c", "/"));
+    Keys blanks{" a ", "b  ", "  c"};
+    EXPECT_EQ(root.getNode(blanks), c);
+    EXPECT_TRUE(blanks.empty());
+    EXPECT_FALSE(root.getNode(" a "));
+    EXPECT_FALSE(root.getNode(blanks));
+
+    Node unplaced = new VornTreeNode("//");
+    EXPECT_EQ(root.add(unplaced, "/"), unplaced);
+    EXPECT_EQ(childKeys(root, 1), Keys{"a"});
+}
+
+TEST(VornTreeNodeTest, PrintWritesTheSubtreeIndentedOnlyAtLevelNine)
+{
+    VornTreeNode root("r");
+    root.add(new VornTreeNode("a/b"), "/");
+    EXPECT_TRUE(recordsAt(8, [&] { root.print(0); }).empty());
+    EXPECT_EQ(recordsAt(9, [&] { root.print(0); }),
+              (Keys{"VornTreeNode::print: Key = r", "    VornTreeNode::print: Key = a",
+                    "        VornTreeNode::print: Key = b"}));
+}

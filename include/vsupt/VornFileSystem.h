@@ -28,7 +28,9 @@ VSUPT_API bool VornCreateDirectory(const std::string& path);
 VSUPT_API bool VornRemoveDirectoryImpl(const std::string& path, bool recursive, std::string& errorText,
                                        int& errorCode);
 
-// The value, or the empty string when the variable is not set.
+// The value, or the empty string when the variable is not set. Only
+// VornKeyDataNotSupportedException may leave it, though nothing throws that
+// here: any other exception ends the process.
 VSUPT_API std::string VornGetEnvironmentVariable(const std::string& name);
 
 }  // namespace VornSupport

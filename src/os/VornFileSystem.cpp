@@ -1,5 +1,7 @@
 #include <vsupt/VornFileSystem.h>
+#include <vsupt/VornKeyDataNotSupportedException.h>
 
+#include "frame/ExceptionBorder.h"
 #include "log/LibraryLog.h"
 
 #include <sys/stat.h>
@@ -108,8 +110,10 @@ bool VornRemoveDirectoryImpl(const std::string& path, bool recursive, std::strin
 
 std::string VornGetEnvironmentVariable(const std::string& name)
 {
-    const char* value = std::getenv(name.c_str());
-    return value != nullptr ? std::string(value) : std::string();
+    return letOutOnly<VornKeyDataNotSupportedException>([&] {
+        const char* value = std::getenv(name.c_str());
+        return value != nullptr ? std::string(value) : std::string();
+    });
 }
 
 }  // namespace VornSupport

@@ -1,0 +1,122 @@
+// The demo program started as a daemon of its own, seen from outside: the
+// exit status of its parent, its log file, and its stop by SIGTERM.
+#include <vsupt/VornExecuteProgram.h>
+#include <vsupt/VornFindFile.h>
+
+#include <gtest/gtest.h>
+
+#include "OsTesting.h"
+
+#include <signal.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <regex>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+using namespace VornSupport;
+
+namespace {
+
+bool running(pid_t pid)
+{
+    if (kill(pid, 0) != 0) {
+        return false;
+    }
+    // Ended, but not yet reaped by whoever adopted it.
+    std::istringstream stat(readFile("/proc/" + std::to_string(pid) + "/stat"));
+    std::string field;
+    stat >> field >> field >> field;
+    return field != "Z";
+}
+
+template <class Condition>
+bool within(std::chrono::seconds limit, Condition condition)
+{
+    const auto end = std::chrono::steady_clock::now() + limit;
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() > end) {
+            return false;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    }
+    return true;
+}
+
+std::vector<std::string> linesOf(const std::string& text)
+{
+    std::vector<std::string> lines;
+    std::istringstream in(text);
+    for (std::string line; std::getline(in, line);) {
+        lines.push_back(line);
+    }
+    return lines;
+}
+
+// Starts the demo as a daemon from a scratch directory, which gets its log
+// file and its process id file; a daemon still running at the end is
+// killed.
+class DemoDaemonTest : public testing::Test {
+protected:
+    ~DemoDaemonTest() override
+    {
+        if (m_pid > 0 && running(m_pid)) {
+            kill(m_pid, SIGKILL);
+        }
+    }
+
+    int startDemo(const std::string& pidFile)
+    {
+        const std::string command = std::string(VSUPT_DEMO_FILE) + " -config " + VSUPT_DEMO_CONFIG + " -pidfile " + pidFile;
+        char* previous = getcwd(nullptr, 0);
+        EXPECT_EQ(0, chdir(scratch.path().c_str()));
+        int status = -1;
+        EXPECT_TRUE(VornExecuteProgram(command, true, nullptr, &status));
+        EXPECT_EQ(0, chdir(previous));
+        free(previous);
+        return status;
+    }
+
+    std::string log() const
+    {
+        VornFindFile find(scratch / "demo*.log");
+        return find.hasMore() ? readFile(find.next()) : std::string();
+    }
+
+    ScratchDirectory scratch;
+    pid_t m_pid = 0;
+};
+
+}  // namespace
+
+TEST_F(DemoDaemonTest, StartsWithStatusZeroLogsHeartbeatsAndStopsOnceAtSigterm)
+{
+    ASSERT_EQ(0, startDemo(scratch / "demo.pid"));
+    m_pid = std::stoi(readFile(scratch / "demo.pid"));
+    ASSERT_TRUE(within(std::chrono::seconds(10), [&] { return log().find("heartbeat 2") != std::string::npos; }));
+
+    ASSERT_EQ(0, kill(m_pid, SIGTERM));
+    kill(m_pid, SIGTERM);
+    ASSERT_TRUE(within(std::chrono::seconds(10), [&] { return !running(m_pid); }));
+
+    const std::regex prefix(R"(\d{8}_\d\d:\d\d:\d\d 5 [a-zA-Z ]{10} \[-?\d+\] .+)");
+    int stops = 0;
+    for (const std::string& line : linesOf(log())) {
+        EXPECT_TRUE(std::regex_match(line, prefix)) << line;
+        stops += line.find("demo stopped after") != std::string::npos ? 1 : 0;
+    }
+    EXPECT_EQ(1, stops);
+    EXPECT_NE(std::string::npos, log().find(" service    ["));
+    EXPECT_NE(std::string::npos, log().find("] main returns"));
+    EXPECT_FALSE(exists(scratch / "demo.pid"));
+}
+
+TEST_F(DemoDaemonTest, FailedServiceStartGivesStatusOne)
+{
+    const std::string pidFile = scratch / "missing/demo.pid";
+    EXPECT_EQ(1, startDemo(pidFile));
+    EXPECT_NE(std::string::npos, log().find("demo: cannot write " + pidFile));
+}

@@ -54,8 +54,9 @@ std::vector<char*> argumentVector(std::vector<std::string>& words)
 // ---------------------------------------------------------------------------
 // The child, from fork to exec
 
-// -1 and the target's own number leave the inherited descriptor. The pipe's
-// end is no handle of the caller's, even if its number was given.
+// -1 and the target's own number leave the inherited descriptor. The
+// pipe's write end is no handle of the caller's, even if its number was
+// given; its read end is closed before.
 bool takeOver(int handle, int target, int reportEnd)
 {
     if (handle == -1 || handle == target) {
@@ -66,16 +67,19 @@ bool takeOver(int handle, int target, int reportEnd)
 
 // Ends with 0 whatever happened, so that a waiting parent reads 0 for a
 // program that could not be started.
-[[noreturn]] void runChild(char* const* arguments, int stdinHandle, int stdoutHandle, int reportEnd)
+[[noreturn]] void runChild(char* const* arguments, int stdinHandle, int stdoutHandle, const int report[2])
 {
+    if (report[0] >= 0) {
+        close(report[0]);
+    }
     char refused = kStdinRefused;
-    bool taken = takeOver(stdinHandle, STDIN_FILENO, reportEnd);
+    bool taken = takeOver(stdinHandle, STDIN_FILENO, report[1]);
     if (taken) {
         refused = kStdoutRefused;
-        taken = takeOver(stdoutHandle, STDOUT_FILENO, reportEnd);
+        taken = takeOver(stdoutHandle, STDOUT_FILENO, report[1]);
     }
     if (!taken) {
-        if (reportEnd >= 0 && write(reportEnd, &refused, 1) != 1) {
+        if (report[1] >= 0 && write(report[1], &refused, 1) != 1) {
             // The parent then reports nothing.
         }
     } else if (arguments[0] != nullptr) {
@@ -154,7 +158,7 @@ bool VornExecuteProgramEx(const std::string& commandLine, int stdinHandle, int s
 
     const pid_t child = fork();
     if (child == 0) {
-        runChild(arguments.data(), stdinHandle, stdoutHandle, report[1]);
+        runChild(arguments.data(), stdinHandle, stdoutHandle, report);
     }
     logLibraryRecord(9, "VornExecuteProgram: child process id: ", child);
     if (report[1] >= 0) {

@@ -1,4 +1,5 @@
-// Scratch directories and descriptor counts for the operating-system tests.
+// Scratch directories, files and descriptor counts for the operating-system
+// tests.
 #ifndef VSUPT_TESTS_OSTESTING_H
 #define VSUPT_TESTS_OSTESTING_H
 
@@ -7,23 +8,21 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <sstream>
 #include <string>
 
 // A fresh directory under /tmp, removed with all it holds at the end.
 class ScratchDirectory {
 public:
-    ScratchDirectory()
-    {
-        char name[] = "/tmp/vsupt-os-XXXXXX";
-        m_path = mkdtemp(name);
-    }
+    ScratchDirectory() : m_path(mkdtemp(m_name)) {}
     ~ScratchDirectory() { std::filesystem::remove_all(m_path); }
 
     const std::string& path() const { return m_path; }
     std::string operator/(const std::string& name) const { return m_path + "/" + name; }
 
 private:
+    char m_name[21] = "/tmp/vsupt-os-XXXXXX";
     std::string m_path;
 };
 
@@ -34,9 +33,8 @@ inline void writeFile(const std::string& path, const std::string& text)
 
 inline std::string readFile(const std::string& path)
 {
-    std::ifstream in(path);
     std::ostringstream text;
-    text << in.rdbuf();
+    text << std::ifstream(path).rdbuf();
     return text.str();
 }
 
@@ -47,11 +45,7 @@ inline bool exists(const std::string& path)
 
 inline long openDescriptors()
 {
-    long count = 0;
-    for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
-        ++count;
-    }
-    return count;
+    return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
 }
 
 #endif

@@ -4,11 +4,7 @@
 
 #include "OsTesting.h"
 
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <set>
-#include <string>
 
 using namespace VornSupport;
 
@@ -17,8 +13,7 @@ namespace {
 std::set<std::string> findAll(const std::string& fileSpec)
 {
     std::set<std::string> found;
-    VornFindFile find(fileSpec);
-    while (find.hasMore()) {
+    for (VornFindFile find(fileSpec); find.hasMore();) {
         found.insert(find.next());
     }
     return found;
@@ -29,8 +24,7 @@ class VornFindFileTest : public testing::Test {
 protected:
     void SetUp() override
     {
-        ASSERT_EQ(0, mkdir((scratch / "a").c_str(), 0755));
-        ASSERT_EQ(0, mkdir(b.c_str(), 0755));
+        std::filesystem::create_directories(b);
         for (const char* name : {"x1", "x2", "y"}) {
             writeFile(b + "/" + name, name);
         }
@@ -38,23 +32,6 @@ protected:
 
     ScratchDirectory scratch;
     const std::string b = scratch / "a/b";
-};
-
-// Runs in the directory for the life of the object.
-class InDirectory {
-public:
-    explicit InDirectory(const std::string& path) : m_previous(getcwd(nullptr, 0))
-    {
-        EXPECT_EQ(0, chdir(path.c_str()));
-    }
-    ~InDirectory()
-    {
-        EXPECT_EQ(0, chdir(m_previous));
-        free(m_previous);
-    }
-
-private:
-    char* m_previous;
 };
 
 }  // namespace
@@ -74,26 +51,22 @@ TEST(VornFindFilePatternTest, PatternsMatchWholeNamesByteForByte)
 TEST_F(VornFindFileTest, MatchesCarryTheDirectoryPartAndEndEmpty)
 {
     EXPECT_EQ((std::set<std::string>{b + "/x1", b + "/x2"}), findAll(b + "/x*"));
+    EXPECT_EQ((std::set<std::string>{b + "/.", b + "/..", b + "/x1", b + "/x2", b + "/y"}), findAll(b + "/"));
     // A backslash splits as well; the result is joined with "/".
-    EXPECT_EQ((std::set<std::string>{b + "/y"}), findAll(b + "\\y"));
-
-    VornFindFile find(b + "/y");
+    VornFindFile find(b + "\\y");
     EXPECT_EQ(b + "/y", find.next());
     EXPECT_FALSE(find.hasMore());
     EXPECT_EQ("", find.next());
     EXPECT_FALSE(find.hasMore());
 }
 
-TEST_F(VornFindFileTest, FinalSeparatorListsEveryEntry)
-{
-    EXPECT_EQ((std::set<std::string>{b + "/.", b + "/..", b + "/x1", b + "/x2", b + "/y"}), findAll(b + "/"));
-}
-
 TEST_F(VornFindFileTest, PatternAloneOrAfterALeadingSeparatorSearchesTheCurrentDirectory)
 {
-    InDirectory here(b);
+    const std::filesystem::path previous = std::filesystem::current_path();
+    std::filesystem::current_path(b);
     EXPECT_EQ((std::set<std::string>{".", "..", "x1", "x2", "y"}), findAll("*"));
     EXPECT_EQ((std::set<std::string>{"x1", "x2"}), findAll("/x*"));
+    std::filesystem::current_path(previous);
 }
 
 TEST_F(VornFindFileTest, UnreadableDirectoryFindsNothingAndSearchesCloseTheirStream)
@@ -102,7 +75,6 @@ TEST_F(VornFindFileTest, UnreadableDirectoryFindsNothingAndSearchesCloseTheirStr
     const long before = openDescriptors();
     {
         VornFindFile find(b + "/*");
-        EXPECT_TRUE(find.hasMore());
         EXPECT_EQ(before + 1, openDescriptors());
     }
     EXPECT_EQ(before, openDescriptors());

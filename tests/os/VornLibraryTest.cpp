@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include <unistd.h>
+#include "OsTesting.h"
 
 using namespace VornSupport;
 
@@ -23,17 +23,16 @@ TEST(VornLibraryTest, FailedLoadNamesTheGivenNameAndEndsWithTheLoadersText)
         EXPECT_EQ("VornLibrary::VornLibrary: failed to load: vsupt_no_such.  "
                   "libvsupt_no_such.so: cannot open shared object file: No such file or directory",
                   error.getText());
-        EXPECT_EQ(0, error.getCode());
     }
 }
 
+// zlib is loaded by nothing else here, so a second unload would unmap it.
 TEST(VornLibraryTest, CopyKeepsTheLibraryLoadedAfterTheOriginalGoes)
 {
-    const char* zlib = "libz.so.1";
-    if (access("/lib/x86_64-linux-gnu/libz.so.1", F_OK) != 0) {
-        GTEST_SKIP() << "no " << zlib << " to load";
+    if (!exists("/lib/x86_64-linux-gnu/libz.so.1")) {
+        GTEST_SKIP() << "no libz.so.1 to load";
     }
-    auto* original = new VornLibrary(zlib, true);
+    auto* original = new VornLibrary("libz.so.1", true);
     VornLibrary copy(*original);
     delete original;
     EXPECT_NE(nullptr, copy.getProcAddr("zlibVersion"));

@@ -1,6 +1,6 @@
 // Lists the entries of one directory whose names match a wildcard pattern.
 //
-// The specification is a directory, a separator ("/" or "\") and a pattern,
+// fileSpec is a directory, a separator ("/" or "\") and a pattern,
 // or a pattern alone for the current directory; an empty pattern is "*". In
 // a pattern "*" stands for any run of characters, "?" for exactly one, and
 // every other character for itself, case counting; the whole name must

@@ -68,18 +68,22 @@ TEST(VornServiceTest, FailedForegroundStartReturnsFalseWithoutStopping)
     EXPECT_EQ(VornService::Stopped, service.state());
 }
 
-// The service made last is the one stopped.
-TEST(VornServiceTest, ControlHandlerStopsOnlyAtTheFirstTerminationSignal)
+// The handler remembers the first signal for the life of the process, so
+// the test runs in a child of its own. The service made last is stopped.
+TEST(VornServiceDeathTest, ControlHandlerStopsOnlyAtTheFirstTerminationSignal)
 {
-    RecordingService service(false);
-    ControlHandler(SIGHUP);
-    EXPECT_EQ(VornService::Stopped, service.state());
-    ControlHandler(SIGTERM);
-    EXPECT_EQ(VornService::StopRequested, service.state());
-    service.markStopped();
-    ControlHandler(SIGINT);
-    ControlHandler(SIGTERM);
-    EXPECT_EQ(VornService::Stopped, service.state());
+    EXPECT_EXIT(
+        {
+            RecordingService service(false);
+            ControlHandler(SIGHUP);
+            const bool otherIgnored = service.state() == VornService::Stopped;
+            ControlHandler(SIGTERM);
+            const bool stopped = service.state() == VornService::StopRequested;
+            service.markStopped();
+            ControlHandler(SIGINT);
+            _exit(otherIgnored && stopped && service.state() == VornService::Stopped ? 0 : 1);
+        },
+        testing::ExitedWithCode(0), "");
 }
 
 // The daemon's child reports its failed start after 62 seconds, to a

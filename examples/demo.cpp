@@ -1,19 +1,32 @@
-// A first tour of libvsupt: a logger with levels per category, an exception
-// that gathers messages on its way up, a repeating timer whose dependent
-// writes a record at each expiry, and a configuration read from a property
-// file named on the command line.
-#include <vsupt/VornException.h>
-#include <vsupt/VornLocaleFactory.h>
-#include <vsupt/VornLogging.h>
+// libvsupt end to end: a small service whose heartbeat is a repeating
+// timer.
+//
+// main installs a logger, reads its options and a property file, and starts
+// the service, as a daemon unless -foreground is given. The parent of the
+// daemon leaves with the child's word on the start-up: 0 started, 1 failed.
+// In the service, a VornTimer fires every heartbeat.seconds; its dependent
+// writes a record at each expiry, on the timer's own short-lived thread.
+// SIGTERM or SIGINT stops the service: serviceStop ends the timer, main
+// returns, and the library takes itself down.
+//
+// Options: -config FILE (-c), -foreground (-f), -pidfile FILE (-p), the
+// file that holds the service's process id while it runs (default
+// demo.pid). Relative paths are taken from the directory the demo starts
+// in; the log file demo<number>.log is written there.
 #include <vsupt/VornDependent.h>
-#include <vsupt/VornEvent.h>
+#include <vsupt/VornException.h>
+#include <vsupt/VornLogging.h>
 #include <vsupt/VornProgramOptions.h>
 #include <vsupt/VornProperties.h>
+#include <vsupt/VornService.h>
 #include <vsupt/VornStringUtilities.h>
 #include <vsupt/VornTimer.h>
 
+#include <unistd.h>
+
 #include <atomic>
 #include <cstdio>
+#include <cstdlib>
 #include <string>
 
 using namespace VornSupport;
@@ -31,150 +44,140 @@ bool logsAt(int level)
     return VornLogging::isAccessAllowed() && logger().getLogLevel() >= level;
 }
 
-void openStore(const std::string& name)
-{
-    if (logsAt(5)) {
-        logger() << setloglevel("store", 5) << "opening store " << name << endrecord;
-    }
-    throw VornException("store " + name + " is not reachable", 0);
-}
-
-void loadConfiguration()
-{
-    try {
-        openStore("settings");
-    } catch (VornException& error) {
-        error.pushMessage(L"while loading the configuration");
-        throw;
-    }
-}
-
-// Hears the timer's expiries on the timer's own short-lived threads, and
-// wakes main from the last beat it waits for on. The event is a pulse: a
-// wake-up that comes before main sleeps is lost, and the next beat, a
-// second later, sends another.
+// Hears the timer's expiries, each on a thread of its own.
 class HeartbeatWriter : public VornDependent {
 public:
-    HeartbeatWriter(int beats, VornEvent& done) : m_beats(beats), m_done(done) {}
-
     void handleNotification(VornCollaborator&, const VornNotification&) override
     {
-        const int beat = ++m_heard;
-        if (beat > m_beats) {
-            m_done.set();
-            return;
-        }
+        const int beat = ++m_beats;
         if (logsAt(5)) {
-            logger() << setloglevel("timer", 5) << "heartbeat " << beat << " of " << m_beats << endrecord;
-        }
-        if (beat == m_beats) {
-            m_done.set();
+            logger() << setloglevel("timer", 5) << "heartbeat " << beat << endrecord;
         }
     }
 
-    bool finished() const { return m_heard >= m_beats; }
+    int beats() const { return m_beats; }
 
 private:
-    const int m_beats;
-    std::atomic<int> m_heard{0};
-    VornEvent& m_done;
+    std::atomic<int> m_beats{0};
 };
 
-// A repeating timer of one second, for a few beats, while the main thread
-// sleeps in an event.
-void runHeartbeat(int beats)
+class DemoService : public VornService {
+public:
+    DemoService(const VornProperties<std::string>& settings, const std::string& pidFile)
+        : VornService(std::string(), settings.getProperty("service.name", "demo"), std::string(), std::string(), false),
+          m_settings(settings),
+          m_pidFile(pidFile)
+    {
+    }
+
+    bool serviceStart(const std::string& greeting) override
+    {
+        if (!writePidFile()) {
+            if (logsAt(1)) {
+                logger() << setloglevel("service", 1) << serviceName() << ": cannot write " << m_pidFile << endrecord;
+            }
+            return false;
+        }
+        const long seconds = std::atol(m_settings.getProperty("heartbeat.seconds", "1").c_str());
+        m_timer.addDependent(m_writer);
+        m_timer.start(seconds, 0, false);
+        if (logsAt(5)) {
+            logger() << setloglevel("service", 5) << serviceName() << " started as process " << static_cast<int>(getpid())
+                     << ", heartbeat every " << seconds << " s: " << greeting << endrecord;
+        }
+        return true;
+    }
+
+    bool serviceStop() override
+    {
+        m_timer.stop();
+        m_timer.removeDependent(m_writer);
+        std::remove(m_pidFile.c_str());
+        if (logsAt(5)) {
+            logger() << setloglevel("service", 5) << serviceName() << " stopped after " << m_writer.beats()
+                     << " heartbeats" << endrecord;
+        }
+        return true;
+    }
+
+private:
+    bool writePidFile() const
+    {
+        FILE* file = std::fopen(m_pidFile.c_str(), "w");
+        if (file == nullptr) {
+            return false;
+        }
+        std::fprintf(file, "%d\n", static_cast<int>(getpid()));
+        return std::fclose(file) == 0;
+    }
+
+    const VornProperties<std::string>& m_settings;
+    std::string m_pidFile;
+    HeartbeatWriter m_writer;
+    VornTimer m_timer;
+};
+
+// The daemon works in "/", so a relative path is fixed before it starts.
+std::string absolutePath(const std::string& path)
 {
-    VornEvent done;
-    HeartbeatWriter writer(beats, done);
-    VornTimer timer(1000, false);
-    timer.addDependent(writer);
-    timer.reset();
-    while (!writer.finished()) {
-        done.wait(-1);
+    char directory[4096];
+    if (path.empty() || path[0] == '/' || getcwd(directory, sizeof directory) == nullptr) {
+        return path;
     }
-    timer.stop();
-    timer.removeDependent(writer);
-    if (logsAt(1)) {
-        logger() << setloglevel("timer", 1) << "timer stopped after " << beats << " beats" << endrecord;
-    }
+    return std::string(directory) + "/" + path;
 }
 
-// Options: -v (verbose), -config FILE or -c FILE, --help; anything else is
-// a positional argument.
-void readConfiguration(int argc, char** argv)
+std::string option(const VornProgramOptions& options, const std::string& longName, const std::string& shortName,
+                   const std::string& otherwise)
 {
-    try {
-        const VornProgramOptions options(argc, argv, "vc:", ":help:config.:", false);
-        std::string file;
-        if (!options.getOptions().getPropertyValue("config", file)) {
-            options.getOptions().getPropertyValue("c", file);
-        }
-        if (logsAt(1)) {
-            logger() << setloglevel("config", 1) << options.getProgramName() << ": " << options.getOptions().size()
-                     << " options, " << options.getArgumentCount() << " positional arguments" << endrecord;
-        }
-        for (const auto& option : options.getOptions().getProperties()) {
-            if (logsAt(1)) {
-                logger() << setloglevel("config", 1) << "option " << option.first << " = '" << option.second.front()
-                         << "'" << endrecord;
-            }
-        }
-        for (const std::string& argument : options.getArguments()) {
-            if (logsAt(1)) {
-                logger() << setloglevel("config", 1) << "argument " << argument << endrecord;
-            }
-        }
-        if (file.empty()) {
-            return;
-        }
-        VornProperties<std::string> settings;
-        settings.loadProperties(file);
-        for (const auto& setting : settings.getProperties()) {
-            if (logsAt(1)) {
-                logger() << setloglevel("config", 1) << setting.first << " = "
-                         << VornExpandString(setting.second.front(), settings) << endrecord;
-            }
-        }
-    } catch (VornException& error) {
-        if (logsAt(1)) {
-            logger() << setloglevel("config", 1) << "no configuration: " << error.getText() << endrecord;
-        }
+    std::string value;
+    if (options.getOptions().getPropertyValue(longName, value) ||
+        options.getOptions().getPropertyValue(shortName, value)) {
+        return value;
     }
+    return otherwise;
+}
+
+bool hasOption(const VornProgramOptions& options, const std::string& longName, const std::string& shortName)
+{
+    std::string value;
+    return options.getOptions().getPropertyValue(longName, value) ||
+           options.getOptions().getPropertyValue(shortName, value);
 }
 
 }  // namespace
 
 int main(int argc, char** argv)
 {
-    // Records up to level 5 go to stdout; the "net" category is narrowed
-    // to failures.
-    VornLogging log("demo", VornLogging::TargetStdout, 5);
+    VornLogging log("demo", VornLogging::TargetFile | VornLogging::TargetStdout, 5);
     VornLogging::setInstance(log);
-    log.setLogLevel("net", 1);
 
-    if (logsAt(1)) {
-        logger() << setloglevel(1) << "demo started, logger level " << logger().getLogLevel() << endrecord;
-    }
-    if (logsAt(1)) {
-        logger() << setloglevel("net", 1) << "connection lost after " << 3 << " retries" << endrecord;
-    }
-    if (logsAt(9)) {
-        logger() << setloglevel(9) << "never built: level 9 is above the logger's level" << endrecord;
-    }
-
+    VornProperties<std::string> settings;
+    std::string pidFile;
+    bool foreground = false;
     try {
-        loadConfiguration();
+        const VornProgramOptions options(argc, argv, "c:fp:", ":config.:foreground:pidfile.:", false);
+        foreground = hasOption(options, "foreground", "f");
+        pidFile = absolutePath(option(options, "pidfile", "p", "demo.pid"));
+        const std::string configuration = option(options, "config", "c", "");
+        if (!configuration.empty()) {
+            settings.loadProperties(configuration);
+        }
     } catch (VornException& error) {
-        error.pushMessage(L"demo start-up failed");
-        std::printf("Caught VornException, newest message first:\n%s\n",
-                    VornStringUtilities::narrow(error.getFormattedMessages(), VornLocaleFactory::getDefaultLocale(true)).c_str());
+        std::fprintf(stderr, "%s: %s\n", argv[0], error.getText().c_str());
+        return 2;
     }
 
-    if (logsAt(0)) {
-        logger() << setloglevel(0) << "level 0 records carry no prefix" << endrecord;
+    // A daemon keeps the terminal it was started from, but writes its
+    // records to the file only.
+    if (!foreground) {
+        log.setTarget(VornLogging::TargetFile);
     }
-
-    runHeartbeat(3);
-    readConfiguration(argc, argv);
-    return 0;
+    DemoService service(settings, pidFile);
+    const std::string greeting = VornExpandString(settings.getProperty("greeting", "hello"), settings);
+    const bool ran = service.start(greeting, !foreground);
+    if (logsAt(5)) {
+        logger() << setloglevel("service", 5) << "main returns" << endrecord;
+    }
+    return ran ? 0 : 1;
 }

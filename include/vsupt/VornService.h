@@ -1,0 +1,94 @@
+// The frame that turns a program into a service, in the foreground or as a
+// daemon.
+//
+// A program derives from VornService, implements serviceStart and
+// serviceStop, makes one object and calls start. In the foreground, start
+// runs serviceStart and sleeps in the service's event until stop sets it.
+// As a daemon, start forks: the parent waits at most 60 seconds for the
+// child's word on the start-up and leaves the process with it (0 started,
+// 1 serviceStart failed or the child ended without a word, -3 no word in
+// time, -4 the wait itself failed); the child starts a new session in "/"
+// with umask 0, runs the service and returns from start when it has
+// stopped. Threads and timers of the parent do not reach the child, so a
+// service sets up its work in serviceStart, on threads of its own.
+//
+// start installs ControlHandler for SIGINT, SIGTERM and SIGPIPE, and in a
+// daemon for SIGCHLD too; the first SIGINT or SIGTERM calls stop on the
+// service made last, inside the handler, and every later one is ignored.
+// stop may run on any thread. The object is not copyable and owns only its
+// members; getService keeps pointing at the object made last, even after it
+// is gone.
+#ifndef VSUPT_VORNSERVICE_H
+#define VSUPT_VORNSERVICE_H
+
+#include <vsupt/VsuptExport.h>
+#include <vsupt/VornEvent.h>
+
+#include <atomic>
+#include <cstdint>
+#include <string>
+
+namespace VornSupport {
+
+class VSUPT_API VornService {
+public:
+    // Values of state().
+    enum { Running = 0, Stopped = 1, StopRequested = 2 };
+
+    VornService();
+    VornService(const std::string& text0, const std::string& serviceName, const std::string& text2,
+                const std::string& text3, bool option);
+    VornService(bool option, const std::string& text3);
+    virtual ~VornService();
+
+    // True when the service runs; its work goes on after the return.
+    virtual bool serviceStart(const std::string& argument) = 0;
+    // Runs on the thread of start once the service was told to stop. The
+    // result is not used.
+    virtual bool serviceStop() = 0;
+
+    // Returns at once with true when the service runs already. Otherwise
+    // true when the service ran and has stopped, false when serviceStart
+    // failed or no daemon could be made. The parent of a daemon never
+    // returns. Exceptions of serviceStart and serviceStop pass through.
+    bool start(const std::string& argument, bool daemonize);
+    bool stop();
+    // Nothing to install on this platform: true.
+    bool install();
+    // Nothing to remove on this platform: false.
+    bool remove();
+
+    int state() const;
+    const std::string& serviceName() const;
+    VornEvent* getEventObject();
+    static VornService* getService();
+
+protected:
+    std::string m_text0;
+    std::string m_serviceName;
+    std::string m_text2;
+    std::string m_text3;
+    std::string m_text4;
+    std::wstring m_wideText;
+    VornEvent m_event;
+    bool m_bDaemon;
+    bool m_bOption;
+    // Written by stop inside a signal handler, read by start.
+    std::atomic<std::int32_t> m_state;
+
+    static VornService* m_pThis;
+
+private:
+    bool runInForeground(const std::string& argument);
+    bool runAsDaemon(const std::string& argument);
+    // Sleeps in the event unless a stop came in already.
+    void waitForStop();
+};
+
+// The process's handler of SIGINT and SIGTERM while a service runs; every
+// other signal it is given is ignored.
+VSUPT_API void ControlHandler(int signal);
+
+}  // namespace VornSupport
+
+#endif

@@ -1,0 +1,24 @@
+// The failure of a service control operation: an error number and a
+// detail, nothing else. It stands outside the VornException family, so a
+// handler of VornException does not see it. Thrown by value, caught by
+// reference; a plain value without a lock.
+#ifndef VSUPT_VORNSERVICECONTROLEXCEPTION_H
+#define VSUPT_VORNSERVICECONTROLEXCEPTION_H
+
+#include <vsupt/VsuptExport.h>
+
+#include <cstdint>
+
+namespace VornSupport {
+
+class VSUPT_API VornServiceControlException {
+public:
+    VornServiceControlException(std::int32_t error, std::int32_t detail);
+
+    std::int32_t m_nError;
+    std::int32_t m_nDetail;
+};
+
+}  // namespace VornSupport
+
+#endif

@@ -1,0 +1,275 @@
+#include <vsupt/VornService.h>
+
+#include "log/LibraryLog.h"
+
+#include <fcntl.h>
+#include <sys/select.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <initializer_list>
+
+namespace VornSupport {
+
+namespace {
+
+// What the parent of a daemon leaves the process with.
+constexpr std::int32_t kStarted = 0;
+constexpr std::int32_t kStartFailed = 1;
+constexpr std::int32_t kNoAnswer = -3;
+constexpr std::int32_t kWaitFailed = -4;
+
+constexpr long kAnswerSeconds = 60;
+constexpr useconds_t kStopPauseMicroseconds = 10000;
+
+// ---------------------------------------------------------------------------
+// Platform calls
+
+void installControlHandler(std::initializer_list<int> signalNumbers)
+{
+    for (int signalNumber : signalNumbers) {
+        signal(signalNumber, ControlHandler);
+    }
+}
+
+// Waits for the child's status word. A child that ends without writing it
+// has not started: that reads as a failed start.
+std::int32_t awaitChildStatus(int readEnd)
+{
+    timeval timeout{kAnswerSeconds, 0};
+    int ready;
+    do {
+        fd_set readable;
+        FD_ZERO(&readable);
+        FD_SET(readEnd, &readable);
+        // Linux leaves the time not yet waited in timeout, so an interrupted
+        // wait goes on with the rest.
+        ready = select(FD_SETSIZE, &readable, nullptr, nullptr, &timeout);
+    } while (ready < 0 && errno == EINTR);
+    if (ready == 0) {
+        return kNoAnswer;
+    }
+    if (ready < 0) {
+        return kWaitFailed;
+    }
+    std::int32_t status = kStartFailed;
+    char* into = reinterpret_cast<char*>(&status);
+    std::size_t got = 0;
+    while (got < sizeof status) {
+        const ssize_t count = read(readEnd, into + got, sizeof status - got);
+        if (count < 0 && errno == EINTR) {
+            continue;
+        }
+        if (count <= 0) {
+            return kStartFailed;
+        }
+        got += static_cast<std::size_t>(count);
+    }
+    return status;
+}
+
+[[noreturn]] void leaveAsParent(int readEnd)
+{
+    const std::int32_t status = awaitChildStatus(readEnd);
+    close(readEnd);
+    _exit(status);
+}
+
+void detachFromParent()
+{
+    setsid();
+    if (chdir("/") != 0) {
+        // The service runs on in the directory it was started in.
+    }
+    umask(0);
+}
+
+// The child's end of the status pipe; it is closed also when serviceStart
+// throws, so that the parent hears of the failed start at once.
+class StatusPipeEnd {
+public:
+    explicit StatusPipeEnd(int descriptor) : m_descriptor(descriptor) {}
+    StatusPipeEnd(const StatusPipeEnd&) = delete;
+    StatusPipeEnd& operator=(const StatusPipeEnd&) = delete;
+    ~StatusPipeEnd() { close(); }
+
+    // In host byte order. A parent that gave up waiting is gone: the write
+    // then raises SIGPIPE, which ControlHandler ignores.
+    void report(std::int32_t status)
+    {
+        if (write(m_descriptor, &status, sizeof status) != sizeof status) {
+            // Nobody is left to tell.
+        }
+        close();
+    }
+
+private:
+    void close()
+    {
+        if (m_descriptor >= 0) {
+            ::close(m_descriptor);
+            m_descriptor = -1;
+        }
+    }
+
+    int m_descriptor;
+};
+
+}  // namespace
+
+// ---------------------------------------------------------------------------
+// VornService
+
+VornService* VornService::m_pThis = nullptr;
+
+VornService::VornService() : VornService(std::string(), std::string(), std::string(), std::string(), false) {}
+
+VornService::VornService(const std::string& text0, const std::string& serviceName, const std::string& text2,
+                         const std::string& text3, bool option)
+    : m_text0(text0),
+      m_serviceName(serviceName),
+      m_text2(text2),
+      m_text3(text3),
+      m_bDaemon(false),
+      m_bOption(option),
+      m_state(Stopped)
+{
+    m_pThis = this;
+}
+
+VornService::VornService(bool option, const std::string& text3)
+    : VornService(std::string(), std::string(), std::string(), text3, option)
+{
+}
+
+VornService::~VornService() = default;
+
+bool VornService::start(const std::string& argument, bool daemonize)
+{
+    if (state() == Running) {
+        return true;
+    }
+    const bool result = daemonize ? runAsDaemon(argument) : runInForeground(argument);
+    logLibraryRecord(9, "VornService::start: exiting");
+    return result;
+}
+
+bool VornService::runInForeground(const std::string& argument)
+{
+    if (!serviceStart(argument)) {
+        return false;
+    }
+    m_state = Running;
+    installControlHandler({SIGINT, SIGTERM, SIGPIPE});
+    logLibraryRecord(9, "VornService::start: waiting for service to exit");
+    waitForStop();
+    logLibraryRecord(9, "VornService::start: service completed.");
+    serviceStop();
+    m_state = Stopped;
+    return true;
+}
+
+bool VornService::runAsDaemon(const std::string& argument)
+{
+    m_bDaemon = true;
+    int ends[2];
+    if (pipe2(ends, O_CLOEXEC) != 0) {
+        return false;
+    }
+    const pid_t child = fork();
+    if (child < 0) {
+        close(ends[0]);
+        close(ends[1]);
+        return false;
+    }
+    if (child > 0) {
+        close(ends[1]);
+        leaveAsParent(ends[0]);
+    }
+
+    close(ends[0]);
+    StatusPipeEnd parent(ends[1]);
+    detachFromParent();
+    installControlHandler({SIGINT, SIGTERM, SIGCHLD, SIGPIPE});
+    logLibraryRecord(9, "VornService::start: waiting for service to exit");
+    m_state = Running;
+    const bool started = serviceStart(argument);
+    parent.report(started ? kStarted : kStartFailed);
+    if (started) {
+        waitForStop();
+        usleep(kStopPauseMicroseconds);
+        serviceStop();
+    }
+    m_state = Stopped;
+    return started;
+}
+
+// The event keeps no signalled state, so a stop that came while the
+// service was starting would be lost in it; the state still tells of it.
+void VornService::waitForStop()
+{
+    if (m_state != StopRequested) {
+        m_event.wait(-1);
+    }
+}
+
+bool VornService::stop()
+{
+    logLibraryRecord(9, "VornService::stop: entering");
+    m_state = StopRequested;
+    m_event.set();
+    logLibraryRecord(9, "VornService::stop: exiting");
+    return true;
+}
+
+bool VornService::install()
+{
+    return true;
+}
+
+bool VornService::remove()
+{
+    return false;
+}
+
+int VornService::state() const
+{
+    return m_state;
+}
+
+const std::string& VornService::serviceName() const
+{
+    return m_serviceName;
+}
+
+VornEvent* VornService::getEventObject()
+{
+    return &m_event;
+}
+
+VornService* VornService::getService()
+{
+    return m_pThis;
+}
+
+// Runs as the signal handler, on whatever thread the signal reached. Only
+// the first termination signal counts; later ones find the flag taken.
+void ControlHandler(int signalNumber)
+{
+    if (signalNumber != SIGINT && signalNumber != SIGTERM) {
+        return;
+    }
+    static std::atomic<bool> bEntered{false};
+    if (bEntered.exchange(true)) {
+        return;
+    }
+    const int savedErrno = errno;
+    if (VornService* service = VornService::getService()) {
+        service->stop();
+    }
+    errno = savedErrno;
+}
+
+}  // namespace VornSupport

@@ -3,7 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cstdlib>
+#include <initializer_list>
 #include <string>
 #include <unistd.h>
 
@@ -44,11 +46,14 @@ protected:
     void TearDown() override { unsetenv("LOCPATH"); }
 };
 
-void expectPieces(const char* name, const char* language, const char* country)
+// The language and the country read from the locale of each name.
+void expectPieces(std::initializer_list<std::array<const char*, 3>> rows)
 {
-    const std::locale locale(name);
-    EXPECT_EQ(Factory::getLanguage(locale), language) << name;
-    EXPECT_EQ(Factory::getCountry(locale), country) << name;
+    for (const auto& row : rows) {
+        const std::locale locale(row[0]);
+        EXPECT_EQ(Factory::getLanguage(locale) + "/" + Factory::getCountry(locale), std::string(row[1]) + "/" + row[2])
+            << row[0];
+    }
 }
 
 }  // namespace
@@ -64,18 +69,14 @@ TEST(VornLocaleFactoryTest, TheDefaultLocaleIsTheEnvironmentsWhateverTheFlag)
 // after.
 TEST_F(VornLocaleFactoryNameTest, LongNamesTurnIntoCodesAndLanguagesIntoLocalesOnceTheMapsAreFilled)
 {
-    expectPieces("English_United States", "English", "United States");
-    expectPieces("en_US.UTF-8", "en", "US");
-    expectPieces("en_US", "en", "US");
-    expectPieces("C", "C", "C");
-    expectPieces("C.utf8", "C.utf8", "C");
+    expectPieces({{"English_United States", "English", "United States"},
+                  {"en_US.UTF-8", "en", "US"},
+                  {"C.utf8", "C.utf8", "C"}});
     EXPECT_EQ(Factory::getLocale(Factory::LanguageEnglish).name(), "C");
 
     Factory::initializeLanguageCountryCode();
     Factory::initializeLanguageCountryCode();
-    expectPieces("English_United States", "en", "US");
-    expectPieces("en_US.UTF-8", "en", "US");
-    expectPieces("C", "C", "C");
+    expectPieces({{"English_United States", "en", "US"}, {"C", "C", "C"}});
     EXPECT_EQ(g_oLanguageData.size(), 6u);
     EXPECT_EQ(g_oLanguageCodeData.at("Spanish"), Factory::LanguageSpanish);
     EXPECT_EQ(g_oCountryData.size(), 7u);

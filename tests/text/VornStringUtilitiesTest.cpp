@@ -17,7 +17,7 @@
 
 using VornSupport::VornException;
 using VornSupport::VornStringToChar;
-using VornSupport::VornStringUtilities;
+using Strings = VornSupport::VornStringUtilities;
 
 namespace {
 
@@ -55,70 +55,53 @@ protected:
     }
 };
 
-void* narrowWithBlockingFacet(void*)
+template <class Action>
+std::string thrownText(Action action)
 {
-    VornStringUtilities::narrow(L"text", std::locale(std::locale::classic(), new BlockingCtype));
-    return nullptr;
-}
-
-std::string trim(const std::string& source, const std::string& chars, int option)
-{
-    return VornStringUtilities::trim(source, chars, static_cast<VornStringUtilities::tTrimOption>(option));
+    try {
+        action();
+    } catch (const VornException& error) {
+        return error.getText() + " (" + std::to_string(error.getCode()) + ")";
+    }
+    return "nothing thrown";
 }
 
 }  // namespace
 
-TEST(VornStringUtilitiesTest, NarrowPutsABlankForACharacterTheLocaleCannotRepresent)
+TEST(VornStringUtilitiesTest, NarrowBlanksWhatTheLocaleCannotHoldAndBothStopAtTheFirstNul)
 {
-    EXPECT_EQ(VornStringUtilities::narrow(L"a\u4e2db", std::locale::classic()), "a b");
+    const std::locale classic = std::locale::classic();
+    EXPECT_EQ(Strings::narrow(L"a\u4e2db", classic), "a b");
+    EXPECT_EQ(Strings::narrow(std::wstring(L"a\0b", 3), classic), "a");
+    EXPECT_EQ(Strings::widen(std::string("a\0b", 3), classic), L"a");
 }
 
-TEST(VornStringUtilitiesTest, NarrowAndWidenStopAtTheFirstNul)
+TEST(VornStringUtilitiesTest, AFailingFacetBecomesAVornExceptionUnlessItIsOneAlready)
 {
-    EXPECT_EQ(VornStringUtilities::narrow(std::wstring(L"a\0b", 3), std::locale::classic()), "a");
-    EXPECT_EQ(VornStringUtilities::widen(std::string("a\0b", 3), std::locale::classic()), L"a");
-}
-
-TEST(VornStringUtilitiesTest, AFailingFacetBecomesAVornExceptionWithItsText)
-{
-    const std::locale loc = throwingLocale(std::runtime_error("facet broken"));
-    try {
-        VornStringUtilities::narrow(L"text", loc);
-        FAIL() << "narrow did not throw";
-    } catch (VornException& error) {
-        EXPECT_EQ(error.getText(), "VornStringUtilities::narrow: ctype facet cannot be created for the locale - facet broken");
-        EXPECT_EQ(error.getCode(), 0);
-    }
-    try {
-        VornStringUtilities::widen("text", loc);
-        FAIL() << "widen did not throw";
-    } catch (VornException& error) {
-        EXPECT_EQ(error.getText(), "VornStringUtilities::widen: ctype facet cannot be created for the locale - facet broken");
-    }
-}
-
-TEST(VornStringUtilitiesTest, AVornExceptionFromTheFacetPassesUntouched)
-{
-    try {
-        VornStringUtilities::narrow(L"text", throwingLocale(VornException("from the facet", 5)));
-        FAIL() << "narrow did not throw";
-    } catch (VornException& error) {
-        EXPECT_EQ(error.getText(), "from the facet");
-        EXPECT_EQ(error.getCode(), 5);
-    }
+    const std::locale broken = throwingLocale(std::runtime_error("facet broken"));
+    EXPECT_EQ(thrownText([&] { Strings::narrow(L"text", broken); }),
+              "VornStringUtilities::narrow: ctype facet cannot be created for the locale - facet broken (0)");
+    EXPECT_EQ(thrownText([&] { Strings::widen("text", broken); }),
+              "VornStringUtilities::widen: ctype facet cannot be created for the locale - facet broken (0)");
+    EXPECT_EQ(thrownText([] { Strings::narrow(L"text", throwingLocale(VornException("from the facet", 5))); }),
+              "from the facet (5)");
 }
 
 TEST(VornStringUtilitiesDeathTest, AForeignExceptionFromTheFacetEndsTheProcess)
 {
     const std::locale loc = throwingLocale(42);
-    EXPECT_DEATH(VornStringUtilities::narrow(L"text", loc), "terminate called after throwing an instance of 'int'");
-    EXPECT_DEATH(VornStringUtilities::widen("text", loc), "terminate called after throwing an instance of 'int'");
+    EXPECT_DEATH(Strings::narrow(L"text", loc), "terminate called after throwing an instance of 'int'");
+    EXPECT_DEATH(Strings::widen("text", loc), "terminate called after throwing an instance of 'int'");
 }
 
 TEST(VornStringUtilitiesTest, CancellationOfAThreadInsideNarrowUnwindsThroughIt)
 {
     pthread_t thread;
-    ASSERT_EQ(pthread_create(&thread, nullptr, narrowWithBlockingFacet, nullptr), 0);
+    const auto narrowBlocking = [](void*) -> void* {
+        Strings::narrow(L"text", std::locale(std::locale::classic(), new BlockingCtype));
+        return nullptr;
+    };
+    ASSERT_EQ(pthread_create(&thread, nullptr, narrowBlocking, nullptr), 0);
     while (!g_insideBlockingFacet) {
         usleep(1000);
     }
@@ -128,47 +111,35 @@ TEST(VornStringUtilitiesTest, CancellationOfAThreadInsideNarrowUnwindsThroughIt)
     EXPECT_EQ(result, PTHREAD_CANCELED);
 }
 
-TEST(VornStringUtilitiesTest, TrimRemovesFromTheChosenEndsAndKeepsInnerCharacters)
+TEST(VornStringUtilitiesTest, TrimRemovesSetCharactersFromTheChosenEndsOnly)
 {
-    EXPECT_EQ(trim("  a b  ", " ", VornStringUtilities::trimLeft), "a b  ");
-    EXPECT_EQ(trim("  a b  ", " ", VornStringUtilities::trimRight), "  a b");
-    EXPECT_EQ(trim("  a b  ", " ", VornStringUtilities::trimBoth), "a b");
-    EXPECT_EQ(VornStringUtilities::trim<std::wstring>(L"\r\n\tvalue \t", L" \t\r\n", VornStringUtilities::trimBoth),
-              L"value");
-}
-
-TEST(VornStringUtilitiesTest, TrimOfOnlySetCharactersOrOfNothingIsEmpty)
-{
-    for (int option : {VornStringUtilities::trimLeft, VornStringUtilities::trimRight, VornStringUtilities::trimBoth}) {
+    const auto trim = [](const std::string& source, const std::string& chars, int option) {
+        return Strings::trim(source, chars, static_cast<Strings::tTrimOption>(option));
+    };
+    EXPECT_EQ(trim("  a b  ", " ", Strings::trimLeft), "a b  ");
+    EXPECT_EQ(trim("  a b  ", " ", Strings::trimRight), "  a b");
+    EXPECT_EQ(Strings::trim<std::wstring>(L"\r\n\tvalue \t", L" \t\r\n", Strings::trimBoth), L"value");
+    for (int option : {Strings::trimLeft, Strings::trimRight, Strings::trimBoth}) {
         EXPECT_EQ(trim(" \t \n", " \t\r\n", option), "") << option;
-        EXPECT_EQ(trim("", " ", option), "") << option;
     }
-}
-
-TEST(VornStringUtilitiesTest, TrimWithAnUnknownOptionOrAnEmptySetRemovesNothing)
-{
+    // An unknown option or an empty set removes nothing.
     EXPECT_EQ(trim("  a  ", " ", 3), "  a  ");
     EXPECT_EQ(trim("  a  ", " ", -1), "  a  ");
-    EXPECT_EQ(trim("  a  ", "", VornStringUtilities::trimBoth), "  a  ");
+    EXPECT_EQ(trim("  a  ", "", Strings::trimBoth), "  a  ");
 }
 
-TEST(VornStringUtilitiesTest, StringToCharCopiesOnlyWhenTheTerminatorFits)
+TEST(VornStringUtilitiesTest, StringToCharCopiesUpToANulOnlyWhenTheTerminatorFits)
 {
     char buffer[8];
     std::memset(buffer, '#', sizeof buffer);
     EXPECT_EQ(VornStringToChar("abc", buffer, 3), nullptr);
     EXPECT_EQ(std::string(buffer, sizeof buffer), "########");
+    EXPECT_EQ(VornStringToChar("abc", nullptr, 100), nullptr);
     EXPECT_EQ(VornStringToChar("abc", buffer, 4), buffer);
     EXPECT_EQ(std::string(buffer, sizeof buffer), std::string("abc\0####", 8));
-    EXPECT_EQ(VornStringToChar("abc", nullptr, 100), nullptr);
-}
-
-TEST(VornStringUtilitiesTest, StringToCharTakesANegativeSizeAsNoLimitAndStopsAtANul)
-{
-    char buffer[8];
-    std::memset(buffer, '#', sizeof buffer);
-    EXPECT_EQ(VornStringToChar(std::string("ab\0cd", 5), buffer, -1), buffer);
-    EXPECT_EQ(std::string(buffer, sizeof buffer), std::string("ab\0#####", 8));
+    // A negative size sets no limit.
+    EXPECT_EQ(VornStringToChar(std::string("xy\0cd", 5), buffer, -1), buffer);
+    EXPECT_EQ(std::string(buffer, sizeof buffer), std::string("xy\0\0####", 8));
 }
 
 TEST(VornStringUtilitiesTest, AnUnknownLocaleInTheEnvironmentGivesTheDefaultLocale)
@@ -177,19 +148,14 @@ TEST(VornStringUtilitiesTest, AnUnknownLocaleInTheEnvironmentGivesTheDefaultLoca
     const std::string savedValue = saved != nullptr ? saved : "";
     setenv("LC_ALL", "xx_NOWHERE.NONE", 1);
     const std::locale loc = VornSupport::GetAppropriateLocaleObject();
-    if (saved != nullptr) {
-        setenv("LC_ALL", savedValue.c_str(), 1);
-    } else {
-        unsetenv("LC_ALL");
-    }
+    saved != nullptr ? setenv("LC_ALL", savedValue.c_str(), 1) : unsetenv("LC_ALL");
     EXPECT_EQ(loc.name(), std::locale().name());
 }
 
 namespace {
 
 template <class Facet>
-class InertCtypeTest : public testing::Test {
-};
+class InertCtypeTest : public testing::Test {};
 
 using InertFacets = testing::Types<VornSupport::ansi_ctype, VornSupport::utf8_ctype>;
 TYPED_TEST_SUITE(InertCtypeTest, InertFacets);
@@ -198,23 +164,15 @@ TYPED_TEST_SUITE(InertCtypeTest, InertFacets);
 
 TYPED_TEST(InertCtypeTest, ConvertsNothing)
 {
-    struct Exposed : TypeParam {
-        Exposed() : TypeParam(1) {}
-        wchar_t widenOrDefault(char c, wchar_t dfault) const { return this->do_widen(c, dfault); }
-    };
-    const Exposed facet;
+    const TypeParam facet(1);
     EXPECT_EQ(facet.narrow(L'a', '?'), '?');
-    EXPECT_EQ(facet.widenOrDefault('a', L'?'), L'?');
-
     const wchar_t wide[] = L"ab";
     char narrowed[] = "##";
     EXPECT_EQ(facet.narrow(wide, wide + 2, '?', narrowed), wide);
-    EXPECT_STREQ(narrowed, "##");
     const char source[] = "ab";
     wchar_t widened[] = L"##";
     EXPECT_EQ(facet.widen(source, source + 2, widened), source);
+    EXPECT_STREQ(narrowed, "##");
     EXPECT_STREQ(widened, L"##");
-
-    const std::locale loc(std::locale::classic(), new TypeParam(0));
-    EXPECT_EQ(VornStringUtilities::narrow(L"text", loc), "");
+    EXPECT_EQ(Strings::narrow(L"text", std::locale(std::locale::classic(), new TypeParam(0))), "");
 }

@@ -5,21 +5,19 @@
 
 namespace {
 
-template <class T>
-T symbol(void* library, const char* name)
-{
-    void* address = dlsym(library, name);
-    EXPECT_NE(address, nullptr) << name << ": " << dlerror();
-    return reinterpret_cast<T>(address);
-}
-
 bool isLoaded()
 {
     void* library = dlopen(VSUPT_LIBRARY_FILE, RTLD_NOW | RTLD_NOLOAD);
-    if (library != nullptr) {
-        dlclose(library);
-    }
-    return library != nullptr;
+    return library != nullptr && dlclose(library) == 0;
+}
+
+// The global critical section of a freshly loaded library, which its start
+// sequence makes.
+void** globalSection(void*& library)
+{
+    library = dlopen(VSUPT_LIBRARY_FILE, RTLD_NOW | RTLD_LOCAL);
+    EXPECT_NE(library, nullptr) << dlerror();
+    return library ? static_cast<void**>(dlsym(library, "_ZN11VornSupport18g_pCriticalSectionE")) : nullptr;
 }
 
 }  // namespace
@@ -27,21 +25,17 @@ bool isLoaded()
 TEST(LibraryLoadTest, StartsAtLoadAndIsGoneAfterUnload)
 {
     ASSERT_FALSE(isLoaded());
-    void* library = dlopen(VSUPT_LIBRARY_FILE, RTLD_NOW | RTLD_LOCAL);
-    ASSERT_NE(library, nullptr) << dlerror();
-
-    auto** globalSection = symbol<void**>(library, "_ZN11VornSupport18g_pCriticalSectionE");
-    auto stopRequest = symbol<void (*)()>(library, "_ZN10ModuleData4exitEv");
-    auto startRequest = symbol<void (*)()>(library, "_ZN10ModuleData5entryEv");
-    ASSERT_NE(globalSection, nullptr);
-    EXPECT_NE(*globalSection, nullptr);
+    void* library = nullptr;
+    void** section = globalSection(library);
+    ASSERT_NE(section, nullptr);
+    EXPECT_NE(*section, nullptr);
 
     // Taking back the load's own start request runs the stop sequence, and a
     // new request runs the start sequence again.
-    stopRequest();
-    EXPECT_EQ(*globalSection, nullptr);
-    startRequest();
-    EXPECT_NE(*globalSection, nullptr);
+    reinterpret_cast<void (*)()>(dlsym(library, "_ZN10ModuleData4exitEv"))();
+    EXPECT_EQ(*section, nullptr);
+    reinterpret_cast<void (*)()>(dlsym(library, "_ZN10ModuleData5entryEv"))();
+    EXPECT_NE(*section, nullptr);
 
     EXPECT_EQ(dlclose(library), 0);
     EXPECT_FALSE(isLoaded());
@@ -50,10 +44,10 @@ TEST(LibraryLoadTest, StartsAtLoadAndIsGoneAfterUnload)
 TEST(LibraryLoadTest, LoadsAgainAfterUnload)
 {
     for (int round = 0; round < 3; ++round) {
-        void* library = dlopen(VSUPT_LIBRARY_FILE, RTLD_NOW | RTLD_LOCAL);
-        ASSERT_NE(library, nullptr) << dlerror();
-        auto** globalSection = symbol<void**>(library, "_ZN11VornSupport18g_pCriticalSectionE");
-        EXPECT_NE(*globalSection, nullptr);
+        void* library = nullptr;
+        void** section = globalSection(library);
+        ASSERT_NE(section, nullptr);
+        EXPECT_NE(*section, nullptr);
         EXPECT_EQ(dlclose(library), 0);
         EXPECT_FALSE(isLoaded());
     }

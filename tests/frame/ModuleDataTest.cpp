@@ -9,9 +9,11 @@
 #include <string>
 #include <vector>
 
+using Calls = std::vector<std::string>;
+
 namespace {
 
-std::vector<std::string> g_calls;
+Calls g_calls;
 
 class RecordingModule : public ModuleData {
 public:
@@ -23,22 +25,12 @@ private:
     std::string m_name;
 };
 
-class ModuleDataTest : public ::testing::Test {
-protected:
-    void SetUp() override { g_calls.clear(); }
-};
-
 }  // namespace
 
-TEST_F(ModuleDataTest, TheLibraryIsUpOnceLoaded)
+TEST(ModuleDataTest, TheLibraryIsUpOnceLoadedAndAFurtherRequestAttachesNothing)
 {
     EXPECT_EQ(ModuleData::m_pHead, &g_ModuleData);
     EXPECT_EQ(g_ModuleData.m_nRefCount, 1);
-    EXPECT_NE(VornSupport::g_pCriticalSection, nullptr);
-}
-
-TEST_F(ModuleDataTest, AStartRequestWhileUpAttachesNothing)
-{
     {
         ModuleDataControl control;
         EXPECT_EQ(g_ModuleData.m_nRefCount, 2);
@@ -47,33 +39,24 @@ TEST_F(ModuleDataTest, AStartRequestWhileUpAttachesNothing)
     EXPECT_NE(VornSupport::g_pCriticalSection, nullptr);
 }
 
-TEST_F(ModuleDataTest, AttachesOldestFirstAndDetachesNewestFirst)
+TEST(ModuleDataTest, TheFirstRequestAttachesOldestFirstAndTheLastDetachesNewestFirst)
 {
+    g_calls.clear();
     RecordingModule older("older");
     RecordingModule newer("newer");
     {
         ModuleDataControl control;
-        EXPECT_EQ(older.m_nRefCount, 1);
+        ModuleData::entry();
+        ModuleData::exit();
+        EXPECT_EQ(g_calls, (Calls{"attach older", "attach newer"}));
         EXPECT_EQ(newer.m_nRefCount, 1);
     }
-    const std::vector<std::string> expected{"attach older", "attach newer", "detach newer", "detach older"};
-    EXPECT_EQ(g_calls, expected);
-}
-
-TEST_F(ModuleDataTest, OnlyTheFirstRequestAttachesAndOnlyTheLastDetaches)
-{
-    RecordingModule module("m");
-    ModuleData::entry();
-    ModuleData::entry();
-    ModuleData::exit();
-    EXPECT_EQ(g_calls, std::vector<std::string>{"attach m"});
-    ModuleData::exit();
-    EXPECT_EQ(g_calls, (std::vector<std::string>{"attach m", "detach m"}));
-    EXPECT_EQ(module.m_nRefCount, 0);
+    EXPECT_EQ(g_calls, (Calls{"attach older", "attach newer", "detach newer", "detach older"}));
+    EXPECT_EQ(older.m_nRefCount, 0);
     EXPECT_EQ(g_ModuleData.m_nRefCount, 1);
 }
 
-TEST_F(ModuleDataTest, DestroyingTheHeadUnlinksIt)
+TEST(ModuleDataTest, DestroyingTheHeadUnlinksIt)
 {
     {
         RecordingModule module("m");
@@ -85,15 +68,13 @@ TEST_F(ModuleDataTest, DestroyingTheHeadUnlinksIt)
     EXPECT_EQ(g_ModuleData.m_pPrev, nullptr);
 }
 
-TEST_F(ModuleDataTest, TheGlobalSectionStartsOnceAndStopsHarmlessly)
+TEST(ModuleDataTest, TheGlobalSectionStartsOnceAndStopsHarmlessly)
 {
     using namespace VornSupport;
     VornCriticalSectionObject* first = g_pCriticalSection;
     VSUPTInitVornObjectBase();
     EXPECT_EQ(g_pCriticalSection, first);
-
     VSUPTFinitVornObjectBase();
-    EXPECT_EQ(g_pCriticalSection, nullptr);
     VSUPTFinitVornObjectBase();
     EXPECT_EQ(g_pCriticalSection, nullptr);
     VSUPTInitVornObjectBase();

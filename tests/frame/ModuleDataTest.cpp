@@ -27,51 +27,17 @@ private:
 
 }  // namespace
 
-TEST(ModuleDataTest, TheLibraryIsUpOnceLoadedAndAFurtherRequestAttachesNothing)
+TEST(ModuleDataTest, TheLibraryIsUpOnceLoadedAndItsGlobalSectionStartsOnceAndStopsHarmlessly)
 {
+    using namespace VornSupport;
     EXPECT_EQ(ModuleData::m_pHead, &g_ModuleData);
-    EXPECT_EQ(g_ModuleData.m_nRefCount, 1);
     {
         ModuleDataControl control;
         EXPECT_EQ(g_ModuleData.m_nRefCount, 2);
     }
     EXPECT_EQ(g_ModuleData.m_nRefCount, 1);
-    EXPECT_NE(VornSupport::g_pCriticalSection, nullptr);
-}
-
-TEST(ModuleDataTest, TheFirstRequestAttachesOldestFirstAndTheLastDetachesNewestFirst)
-{
-    g_calls.clear();
-    RecordingModule older("older");
-    RecordingModule newer("newer");
-    {
-        ModuleDataControl control;
-        ModuleData::entry();
-        ModuleData::exit();
-        EXPECT_EQ(g_calls, (Calls{"attach older", "attach newer"}));
-        EXPECT_EQ(newer.m_nRefCount, 1);
-    }
-    EXPECT_EQ(g_calls, (Calls{"attach older", "attach newer", "detach newer", "detach older"}));
-    EXPECT_EQ(older.m_nRefCount, 0);
-    EXPECT_EQ(g_ModuleData.m_nRefCount, 1);
-}
-
-TEST(ModuleDataTest, DestroyingTheHeadUnlinksIt)
-{
-    {
-        RecordingModule module("m");
-        EXPECT_EQ(ModuleData::m_pHead, &module);
-        EXPECT_EQ(module.m_pNext, &g_ModuleData);
-        EXPECT_EQ(g_ModuleData.m_pPrev, &module);
-    }
-    EXPECT_EQ(ModuleData::m_pHead, &g_ModuleData);
-    EXPECT_EQ(g_ModuleData.m_pPrev, nullptr);
-}
-
-TEST(ModuleDataTest, TheGlobalSectionStartsOnceAndStopsHarmlessly)
-{
-    using namespace VornSupport;
     VornCriticalSectionObject* first = g_pCriticalSection;
+    ASSERT_NE(first, nullptr);
     VSUPTInitVornObjectBase();
     EXPECT_EQ(g_pCriticalSection, first);
     VSUPTFinitVornObjectBase();
@@ -79,4 +45,28 @@ TEST(ModuleDataTest, TheGlobalSectionStartsOnceAndStopsHarmlessly)
     EXPECT_EQ(g_pCriticalSection, nullptr);
     VSUPTInitVornObjectBase();
     EXPECT_NE(g_pCriticalSection, nullptr);
+}
+
+TEST(ModuleDataTest, TheFirstRequestAttachesOldestFirstTheLastDetachesNewestFirstAndTheHeadUnlinks)
+{
+    g_calls.clear();
+    {
+        RecordingModule older("older");
+        RecordingModule newer("newer");
+        EXPECT_EQ(ModuleData::m_pHead, &newer);
+        EXPECT_EQ(older.m_pPrev, &newer);
+        EXPECT_EQ(older.m_pNext, &g_ModuleData);
+        {
+            ModuleDataControl control;
+            ModuleData::entry();
+            ModuleData::exit();
+            EXPECT_EQ(g_calls, (Calls{"attach older", "attach newer"}));
+            EXPECT_EQ(newer.m_nRefCount, 1);
+        }
+        EXPECT_EQ(g_calls, (Calls{"attach older", "attach newer", "detach newer", "detach older"}));
+        EXPECT_EQ(older.m_nRefCount, 0);
+        EXPECT_EQ(g_ModuleData.m_nRefCount, 1);
+    }
+    EXPECT_EQ(ModuleData::m_pHead, &g_ModuleData);
+    EXPECT_EQ(g_ModuleData.m_pPrev, nullptr);
 }

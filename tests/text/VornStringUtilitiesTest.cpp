@@ -1,3 +1,5 @@
+#include "ThrownText.h"
+
 #include <vsupt/VornException.h>
 #include <vsupt/VornStringUtilities.h>
 #include <vsupt/ansi_ctype.h>
@@ -21,49 +23,18 @@ using Strings = VornSupport::VornStringUtilities;
 
 namespace {
 
-// A ctype facet whose range conversions throw the value it was given.
-template <class Thrown>
-class ThrowingCtype : public std::ctype<wchar_t> {
-public:
-    explicit ThrowingCtype(Thrown thrown) : m_thrown(thrown) {}
-
-protected:
-    const wchar_t* do_narrow(const wchar_t*, const wchar_t*, char, char*) const override { throw m_thrown; }
-    const char* do_widen(const char*, const char*, wchar_t*) const override { throw m_thrown; }
-
-private:
-    Thrown m_thrown;
-};
-
+// A locale whose ctype facet throws the value it was given from its range
+// conversions.
 template <class Thrown>
 std::locale throwingLocale(Thrown thrown)
 {
-    return std::locale(std::locale::classic(), new ThrowingCtype<Thrown>(thrown));
-}
-
-std::atomic<bool> g_insideBlockingFacet(false);
-
-// Narrowing sleeps in a cancellation point for ever.
-class BlockingCtype : public std::ctype<wchar_t> {
-protected:
-    const wchar_t* do_narrow(const wchar_t*, const wchar_t*, char, char*) const override
-    {
-        g_insideBlockingFacet = true;
-        for (;;) {
-            sleep(1);
-        }
-    }
-};
-
-template <class Action>
-std::string thrownText(Action action)
-{
-    try {
-        action();
-    } catch (const VornException& error) {
-        return error.getText() + " (" + std::to_string(error.getCode()) + ")";
-    }
-    return "nothing thrown";
+    struct Facet : std::ctype<wchar_t> {
+        explicit Facet(Thrown value) : m_thrown(value) {}
+        const wchar_t* do_narrow(const wchar_t*, const wchar_t*, char, char*) const override { throw m_thrown; }
+        const char* do_widen(const char*, const char*, wchar_t*) const override { throw m_thrown; }
+        Thrown m_thrown;
+    };
+    return std::locale(std::locale::classic(), new Facet(thrown));
 }
 
 }  // namespace
@@ -96,13 +67,23 @@ TEST(VornStringUtilitiesDeathTest, AForeignExceptionFromTheFacetEndsTheProcess)
 
 TEST(VornStringUtilitiesTest, CancellationOfAThreadInsideNarrowUnwindsThroughIt)
 {
-    pthread_t thread;
+    static std::atomic<bool> inside(false);
+    // Narrowing sleeps in a cancellation point for ever.
+    struct Blocking : std::ctype<wchar_t> {
+        const wchar_t* do_narrow(const wchar_t*, const wchar_t*, char, char*) const override
+        {
+            for (inside = true;;) {
+                sleep(1);
+            }
+        }
+    };
     const auto narrowBlocking = [](void*) -> void* {
-        Strings::narrow(L"text", std::locale(std::locale::classic(), new BlockingCtype));
+        Strings::narrow(L"text", std::locale(std::locale::classic(), new Blocking));
         return nullptr;
     };
+    pthread_t thread;
     ASSERT_EQ(pthread_create(&thread, nullptr, narrowBlocking, nullptr), 0);
-    while (!g_insideBlockingFacet) {
+    while (!inside) {
         usleep(1000);
     }
     pthread_cancel(thread);
@@ -152,27 +133,12 @@ TEST(VornStringUtilitiesTest, AnUnknownLocaleInTheEnvironmentGivesTheDefaultLoca
     EXPECT_EQ(loc.name(), std::locale().name());
 }
 
-namespace {
-
-template <class Facet>
-class InertCtypeTest : public testing::Test {};
-
-using InertFacets = testing::Types<VornSupport::ansi_ctype, VornSupport::utf8_ctype>;
-TYPED_TEST_SUITE(InertCtypeTest, InertFacets);
-
-}  // namespace
-
-TYPED_TEST(InertCtypeTest, ConvertsNothing)
+TEST(InertCtypeTest, LocalesWithTheInertFacetsConvertNothing)
 {
-    const TypeParam facet(1);
-    EXPECT_EQ(facet.narrow(L'a', '?'), '?');
-    const wchar_t wide[] = L"ab";
-    char narrowed[] = "##";
-    EXPECT_EQ(facet.narrow(wide, wide + 2, '?', narrowed), wide);
-    const char source[] = "ab";
-    wchar_t widened[] = L"##";
-    EXPECT_EQ(facet.widen(source, source + 2, widened), source);
-    EXPECT_STREQ(narrowed, "##");
-    EXPECT_STREQ(widened, L"##");
-    EXPECT_EQ(Strings::narrow(L"text", std::locale(std::locale::classic(), new TypeParam(0))), "");
+    for (const std::locale& loc : {std::locale(std::locale::classic(), new VornSupport::ansi_ctype(0)),
+                                   std::locale(std::locale::classic(), new VornSupport::utf8_ctype(0))}) {
+        EXPECT_EQ(Strings::narrow(L"text", loc), "");
+        EXPECT_EQ(Strings::widen("text", loc), L"");
+        EXPECT_EQ(std::use_facet<std::ctype<wchar_t>>(loc).narrow(L'a', '?'), '?');
+    }
 }

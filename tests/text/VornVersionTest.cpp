@@ -1,3 +1,5 @@
+#include "ThrownText.h"
+
 #include <vsupt/VornException.h>
 #include <vsupt/VornVersion.h>
 
@@ -6,21 +8,6 @@
 #include <string>
 
 using namespace VornSupport;
-
-namespace {
-
-template <class Action>
-std::string thrownText(Action action)
-{
-    try {
-        action();
-    } catch (const VornException& e) {
-        return e.getText();
-    }
-    return "nothing thrown";
-}
-
-}  // namespace
 
 TEST(VornVersionTest, PrintsBackNumbersAsNumbersAndTheLabelBehindAPoint)
 {
@@ -40,12 +27,12 @@ TEST(VornVersionTest, PrintsBackNumbersAsNumbersAndTheLabelBehindAPoint)
 
 TEST(VornVersionTest, ALabelBeforeTheLastPieceThrowsAndKeepsTheNumbersBeforeIt)
 {
-    EXPECT_EQ(thrownText([] { VornVersion("1..2"); }), "VornVersion::parse: invalid version string: 1..2");
+    EXPECT_EQ(thrownText([] { VornVersion("1..2"); }), "VornVersion::parse: invalid version string: 1..2 (0)");
     VornVersion version("1.2");
     version.parse("3.rc");
     EXPECT_EQ(version.toString(), "1.2.3.rc");
     version = std::string("7");
-    EXPECT_EQ(thrownText([&] { version.parse("8.x.9"); }), "VornVersion::parse: invalid version string: 8.x.9");
+    EXPECT_EQ(thrownText([&] { version.parse("8.x.9"); }), "VornVersion::parse: invalid version string: 8.x.9 (0)");
     EXPECT_EQ(version.toString(), "7.8");
 }
 
@@ -88,9 +75,9 @@ TEST(VornVersionTest, RangeVectorRefusesRangesWithoutRoomAroundTheDash)
 {
     for (const char* ranges : {"{-3.0}", "{1}", "{1-}", "1.0,{1-2"}) {
         EXPECT_EQ(thrownText([&] { VornVersion::createRangeVector(ranges); }),
-                  std::string("VornVersion::createRangeVector: Invalid range specification: ") + ranges);
+                  std::string("VornVersion::createRangeVector: Invalid range specification: ") + ranges + " (0)");
     }
     EXPECT_EQ(VornVersion::createRangeVector("{1-2}")[0].second.toString(), "2");
     EXPECT_EQ(thrownText([] { VornVersion::createRangeVector("1.0,{a.b-2}"); }),
-              "VornVersion::parse: invalid version string: a.b");
+              "VornVersion::parse: invalid version string: a.b (0)");
 }

@@ -40,12 +40,11 @@ TEST(VornBufferStreamTest, ScalarsComeBackInTheirOwnSizesBehindAHeaderWithThePay
     EXPECT_EQ(blockOf(stream), Bytes(8, 0));
     stream << 0x01020304;
     EXPECT_EQ(blockOf(stream), (Bytes{4, 0, 0, 0, 0, 0, 0, 0, 4, 3, 2, 1}));
-    stream << 'x' << static_cast<short>(-300) << -1234567890123L << -2.25;
-    EXPECT_EQ(stream.size(), 4u + 1 + 2 + 8 + 8);
+    stream << 'x' << static_cast<short>(-300) << -2.25;
+    EXPECT_EQ(stream.size(), 4u + 1 + 2 + 8);
     EXPECT_EQ(readBack<int>(stream), 0x01020304);
     EXPECT_EQ(readBack<char>(stream), 'x');
     EXPECT_EQ(readBack<short>(stream), -300);
-    EXPECT_EQ(readBack<long>(stream), -1234567890123L);
     EXPECT_EQ(readBack<double>(stream), -2.25);
     EXPECT_EQ(stream.size(), 0u);
 }

@@ -130,10 +130,11 @@ TEST(VornPropertiesTest, CopiesTakeTheTableButNotCountOrDependentsAndChangesNoti
 TEST(VornPropertiesLineTest, EveryLineMeansWhatTheGrammarSays)
 {
     VornProperties<std::string> store;
-    store.loadProperties(Values{"", "#a=1", " #b=2", "=3", "c", "d = 4", "e=f=g", "h=5\r", "i=  6 ", "j=\t7", "l\r", "m\r=8", "n=9\n",
-                                "o=1\n2\r3"});
-    const Table expected = {{" #b", {"2"}}, {"c", {""}},     {"d ", {"4"}},  {"e", {"f=g"}}, {"h", {"5"}}, {"i", {"6 "}},
-                            {"j", {"\t7"}}, {"l\r", {""}}, {"m\r", {"8"}}, {"n", {"9"}},    {"o", {"1\n2"}}};
+    store.loadProperties(Values{"", "#a=1", " #b=2", "=3", "c", "d = 4", "e=f=g", "h=5\r", "i=  6 ", "j=\t7", "l\r",
+                                "m\r=8", "n=9\n", "o=1\n2\r3"});
+    const Table expected = {{" #b", {"2"}}, {"c", {""}},    {"d ", {"4"}},   {"e", {"f=g"}}, {"h", {"5"}},
+                            {"i", {"6 "}},  {"j", {"\t7"}}, {"l\r", {""}}, {"m\r", {"8"}}, {"n", {"9"}},
+                            {"o", {"1\n2"}}};
     EXPECT_EQ(store.getProperties(), expected);
 
     VornProperties<ci_string> letters;
@@ -164,11 +165,12 @@ TYPED_TEST(AllStoresFileTest, FilesLoadPlainOrUtf16AndSaveOneLinePerNameWithTheF
     EXPECT_EQ(saved.str(), "a=1\nb=2\nc=4\nflag\r=\nn=v\n");
 }
 
-// Only FF FE at the start marks UTF-16. U+010A has the line feed as its low
-// byte: it ends a narrow line.
-TEST_F(PropertyFileTest, Utf16CodeUnitsBecomeWideCharactersOrLowBytesInLinesOfAnyLength)
+// U+010A has the line feed as its low byte: it ends a narrow line. Lines may
+// be of any length, and an odd last byte is dropped.
+TEST_F(PropertyFileTest, OnlyFFFEMarksUtf16WhoseCodeUnitsBecomeWideCharactersOrLowBytes)
 {
-    const std::string path = write(utf16(u"a=\u00E9\u20AC\u010Ab=2\nc=" + std::u16string(20000, u'v') + u"\nd=12") + "3");
+    const std::u16string text = u"a=\u00E9\u20AC\u010Ab=2\nc=" + std::u16string(20000, u'v') + u"\nd=12";
+    const std::string path = write(utf16(text) + "3");
     VornProperties<std::wstring> wide;
     wide.loadProperties(path);
     EXPECT_EQ(wide.getProperty(L"a"), L"\u00E9\u20AC\u010Ab=2");

@@ -24,8 +24,7 @@ using Journal = std::vector<std::string>;
 
 // Writes its name into a shared journal and keeps what it received, then
 // runs its action if it has one.
-class JournalDependent : public VornDependent {
-public:
+struct JournalDependent : VornDependent {
     JournalDependent(const char* name, Journal& journal) : m_name(name), m_journal(journal) {}
 
     void handleNotification(VornCollaborator& source, const VornNotification& notification) override
@@ -41,8 +40,6 @@ public:
     std::function<void(VornCollaborator&)> action;
     int lastId = 0;
     bool wasEventNotification = false;
-
-private:
     std::string m_name;
     Journal& m_journal;
 };
@@ -131,8 +128,7 @@ TEST(VornEventTest, WaitForeverSleepsUntilASetThatComesAfterItAndDependentsRunFi
     event.set();
     event.addDependent(dependent);
     std::atomic<bool> returned{false};
-    std::atomic<int> result{1};
-    std::atomic<int> handledWhenWoken{-1};
+    std::atomic<int> result{1}, handledWhenWoken{-1};
     std::thread sleeper([&] {
         result = event.wait(-1);
         handledWhenWoken = handled.load();

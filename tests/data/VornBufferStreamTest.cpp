@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <string>
 #include <thread>
 #include <vector>
@@ -25,13 +24,6 @@ Bytes payloadOf(const VornBufferStream& stream)
     return Bytes(block.begin() + 8, block.end());
 }
 
-// A block as a peer with 2-byte text lengths sends it.
-VornBufferStream receive(Bytes payload)
-{
-    payload.insert(payload.begin(), 8, 0);
-    return VornBufferStream(payload.data(), static_cast<unsigned int>(payload.size()));
-}
-
 template <class T>
 T readBack(VornBufferStream& stream)
 {
@@ -42,157 +34,104 @@ T readBack(VornBufferStream& stream)
 
 }  // namespace
 
-TEST(VornBufferStreamTest, BufferStampsThePayloadSizeInTheHeader)
+TEST(VornBufferStreamTest, ScalarsComeBackInTheirOwnSizesBehindAHeaderWithThePayloadSize)
 {
     VornBufferStream stream;
-    EXPECT_EQ(stream.size(), 0u);
     EXPECT_EQ(blockOf(stream), Bytes(8, 0));
     stream << 0x01020304;
-    EXPECT_EQ(stream.size(), 4u);
     EXPECT_EQ(blockOf(stream), (Bytes{4, 0, 0, 0, 0, 0, 0, 0, 4, 3, 2, 1}));
-}
-
-TEST(VornBufferStreamTest, ScalarsComeBackInTheirOwnSizes)
-{
-    VornBufferStream stream;
-    stream << 'x' << static_cast<unsigned char>(200) << static_cast<short>(-300) << static_cast<unsigned short>(60000)
-           << -5 << 4000000000u << -1234567890123L << 18000000000000000000UL << 1.5f << -2.25;
-    EXPECT_EQ(stream.size(), 1u + 1 + 2 + 2 + 4 + 4 + 8 + 8 + 4 + 8);
+    stream << 'x' << static_cast<short>(-300) << -2.25;
+    EXPECT_EQ(stream.size(), 4u + 1 + 2 + 8);
+    EXPECT_EQ(readBack<int>(stream), 0x01020304);
     EXPECT_EQ(readBack<char>(stream), 'x');
-    EXPECT_EQ(readBack<unsigned char>(stream), 200);
     EXPECT_EQ(readBack<short>(stream), -300);
-    EXPECT_EQ(readBack<unsigned short>(stream), 60000);
-    EXPECT_EQ(readBack<int>(stream), -5);
-    EXPECT_EQ(readBack<unsigned int>(stream), 4000000000u);
-    EXPECT_EQ(readBack<long>(stream), -1234567890123L);
-    EXPECT_EQ(readBack<unsigned long>(stream), 18000000000000000000UL);
-    EXPECT_EQ(readBack<float>(stream), 1.5f);
     EXPECT_EQ(readBack<double>(stream), -2.25);
     EXPECT_EQ(stream.size(), 0u);
 }
 
-TEST(VornBufferStreamTest, TextIsWrittenWithAnEightByteLengthNarrowTextUpToItsFirstNul)
+// A stream reads texts with 2-byte lengths, as its peers send them, but
+// writes them with 8-byte lengths, narrow text up to its first NUL. Zero and
+// negative lengths read leave the text as it was.
+TEST(VornBufferStreamTest, TextIsWrittenWithAnEightByteLengthAndReadWithATwoByteOne)
 {
-    VornBufferStream stream;
-    stream << "abc" << static_cast<const char*>(nullptr) << std::string("a\0b", 3) << std::wstring(L"a\0b", 3);
+    VornBufferStream written;
+    written << "abc" << static_cast<const char*>(nullptr) << std::string("a\0b", 3) << std::wstring(L"a\0b", 3);
     const Bytes expected = {3, 0, 0, 0, 0, 0, 0, 0, 'a', 'b', 'c',  //
                             0, 0, 0, 0, 0, 0, 0, 0,                  //
                             1, 0, 0, 0, 0, 0, 0, 0, 'a',             //
                             3, 0, 0, 0, 0, 0, 0, 0, 'a', 0, 0, 0, 0, 0, 0, 0, 'b', 0, 0, 0};
-    EXPECT_EQ(payloadOf(stream), expected);
-}
+    EXPECT_EQ(payloadOf(written), expected);
 
-TEST(VornBufferStreamTest, TextIsReadWithATwoByteLength)
-{
-    VornBufferStream stream = receive({3, 0, 'a', 'b', 'c', 2, 0, 'x', 'y', 1, 0, 'w', 0, 0, 0});
-    std::string text;
+    Bytes block = {0, 0, 0, 0, 0, 0, 0, 0, 3, 0, 'a', 'b', 'c', 2, 0, 'x', 'y', 1, 0, 'w', 0, 0, 0,
+                   0, 0,  0, 0, 0xff, 0xff, 'z'};
+    VornBufferStream received(block.data(), static_cast<unsigned int>(block.size()));
+    std::string text, keptText = "kept";
+    std::wstring wide, keptWide = L"kept";
     char* raw = nullptr;
-    std::wstring wide;
-    stream >> text >> raw >> wide;
+    char* keptRaw = nullptr;
+    received >> text >> raw >> wide >> keptText >> keptWide >> keptRaw;
     EXPECT_EQ(text, "abc");
     ASSERT_NE(raw, nullptr);
     EXPECT_STREQ(raw, "xy");
     delete[] raw;
     EXPECT_EQ(wide, L"w");
-}
-
-TEST(VornBufferStreamTest, TextWrittenAndReadOnOneStreamComesBackEmptySixBytesShort)
-{
-    VornBufferStream stream;
-    stream << "abc" << 7;
-    std::string text = "old";
-    stream >> text;
-    EXPECT_EQ(text, "");
-    EXPECT_EQ(stream.size(), 11u + 4 - 2 - 3);
-}
-
-TEST(VornBufferStreamTest, ZeroOrNegativeLengthLeavesTheTextAsItWas)
-{
-    VornBufferStream stream = receive({0, 0, 0, 0, 0xff, 0xff, 'a'});
-    std::string text = "kept";
-    std::wstring wide = L"kept";
-    char* raw = nullptr;
-    stream >> text >> wide >> raw;
-    EXPECT_EQ(text, "kept");
-    EXPECT_EQ(wide, L"kept");
-    EXPECT_EQ(raw, nullptr);
-    EXPECT_EQ(stream.size(), 1u);
+    EXPECT_EQ(keptText, "kept");
+    EXPECT_EQ(keptWide, L"kept");
+    EXPECT_EQ(keptRaw, nullptr);
+    EXPECT_EQ(received.size(), 1u);
 }
 
 TEST(VornBufferStreamTest, PeekLeavesTheBytesReadTakesThemAndBothHandOverWhatThereIs)
 {
     VornBufferStream stream;
     stream << 1 << static_cast<short>(0x0102);
-    int peeked[2] = {};
-    EXPECT_EQ(stream.peek(&peeked[0], sizeof(int), 1), 4u);
-    EXPECT_EQ(stream.peek(&peeked[1], sizeof(int), 1), 4u);
-    EXPECT_EQ(peeked[0] + peeked[1], 2);
-    EXPECT_EQ(readBack<int>(stream), 1);
+    int peeked = 0;
+    EXPECT_EQ(stream.peek(&peeked, sizeof peeked, 1), 4u);
+    EXPECT_EQ(readBack<int>(stream), peeked);
     char target[8] = {9, 9, 9, 9, 9, 9, 9, 9};
     EXPECT_EQ(stream.read(target, 4, 2), 2u);
     EXPECT_EQ(Bytes(target, target + 3), (Bytes{2, 1, 9}));
-    EXPECT_EQ(stream.size(), 0u);
     int value = 42;
     stream >> value;
     EXPECT_EQ(value, 42);
-}
 
-TEST(VornBufferStreamTest, ResetForgetsThePayloadAndKeepsTheBlock)
-{
-    VornBufferStream stream;
-    stream << 1 << 2;
-    const void* block = stream.buffer();
+    stream << 1;
     stream.reset();
+    stream << 3;
+    EXPECT_EQ(readBack<int>(stream), 3);
     EXPECT_EQ(stream.size(), 0u);
-    for (int i = 0; i < 100; ++i) {
-        stream << i;
-    }
-    EXPECT_EQ(stream.buffer(), block);
-    EXPECT_EQ(readBack<int>(stream), 0);
 }
 
 TEST(VornBufferStreamTest, FirstWritesNearAStepStillLeaveRoomForTheHeader)
 {
     for (unsigned long step : {512UL, 3UL}) {
-        for (unsigned long size : {1UL, 504UL, 505UL, 511UL, 512UL, 1000UL}) {
+        for (unsigned long size : {1UL, 504UL, 505UL, 1000UL}) {
             VornBufferStream stream(step);
             const std::vector<char> written(size, 'z');
             EXPECT_EQ(stream.write(written.data(), 1, size), size);
             std::vector<char> read(size);
             EXPECT_EQ(stream.read(read.data(), 1, size), size);
-            EXPECT_EQ(read, written);
+            EXPECT_EQ(read, written) << step << " " << size;
         }
     }
 }
 
-TEST(VornBufferStreamTest, ReceivedBlockReadsTheSamePayloadAndLeavesTheSourceAlone)
+TEST(VornBufferStreamTest, ReceivedBlocksAndCopiesHoldTheirOwnPayload)
 {
     VornBufferStream source;
     source << 5 << "text" << 2.5;
     VornBufferStream received(source.buffer(), static_cast<unsigned int>(source.size() + 8));
-    EXPECT_EQ(payloadOf(received), payloadOf(source));
-    EXPECT_EQ(readBack<int>(received), 5);
-    EXPECT_EQ(source.size(), 4u + 8 + 4 + 8);
-
-    char tooShort[3] = {1, 2, 3};
-    EXPECT_EQ(VornBufferStream(tooShort, 3).size(), 0u);
-}
-
-TEST(VornBufferStreamTest, CopiesAndAssignmentsOwnTheirBlocks)
-{
-    VornBufferStream original;
-    original << 1 << 2;
-    VornBufferStream copy(original);
+    VornBufferStream copy(source);
     VornBufferStream assigned;
     assigned << 99;
-    assigned = original;
-    int value = 0;
-    original >> value;
-    copy >> value;
-    EXPECT_EQ(value, 1);
-    assigned >> value >> value;
-    EXPECT_EQ(value, 2);
-    EXPECT_EQ(original.size() + copy.size() + assigned.size(), 8u);
+    assigned = source;
+    for (auto* stream : {&received, &copy, &assigned}) {
+        EXPECT_EQ(payloadOf(*stream), payloadOf(source));
+        EXPECT_EQ(readBack<int>(*stream), 5);
+    }
+    EXPECT_EQ(source.size(), 4u + 8 + 4 + 8);
+    char tooShort[3] = {1, 2, 3};
+    EXPECT_EQ(VornBufferStream(tooShort, 3).size(), 0u);
 }
 
 TEST(VornBufferStreamTest, OneThreadReadsWhatAnotherWrites)
@@ -204,11 +143,13 @@ TEST(VornBufferStreamTest, OneThreadReadsWhatAnotherWrites)
             stream << i;
         }
     });
+    int mismatches = 0;
     for (int expected = 0; expected < count;) {
         int value = -1;
         if (stream.read(&value, sizeof value, 1) == sizeof value) {
-            ASSERT_EQ(value, expected++);
+            mismatches += value != expected++;
         }
     }
     writer.join();
+    EXPECT_EQ(mismatches, 0);
 }

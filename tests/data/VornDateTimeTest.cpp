@@ -40,6 +40,17 @@ VornDateTime dateOf(unsigned int day, unsigned int month, unsigned int year, uns
     return date;
 }
 
+template <class Body>
+std::string textThrown(Body body)
+{
+    try {
+        body();
+    } catch (const VornInvalidDateException& error) {
+        return error.getText();
+    }
+    return "nothing thrown";
+}
+
 class VornDateTimeTest : public ::testing::Test {
 protected:
     void SetUp() override { useTimeZone(kCentralEurope); }
@@ -48,69 +59,44 @@ protected:
 
 }  // namespace
 
-TEST_F(VornDateTimeTest, ReadsItsThreeTextFormsAsLocalTime)
+// An unknown month name reads as January, and words longer than a month
+// name are read whole. Text that cannot be read changes nothing.
+TEST_F(VornDateTimeTest, ReadsItsThreeTextFormsAsLocalTimeOrNamesTheFormItCannotRead)
 {
-    VornDateTime date;
-    std::string error;
-    EXPECT_TRUE(date.setDateTime("Sun, 06 Nov 1994 08:49:37 GMT", error));
-    EXPECT_EQ(fieldsOf(date), "6.11.1994 8:49:37");
-    EXPECT_TRUE(date.setDateTime("31/12/2009", error));
-    EXPECT_EQ(fieldsOf(date), "31.12.2009 0:0:0");
-    EXPECT_TRUE(date.setDateTime("1/2/2010 3:04", error));
-    EXPECT_EQ(fieldsOf(date), "1.2.2010 3:4:0");
-    EXPECT_TRUE(date.setDateTime("Sun Nov  6 08:49:37 1994", error));
-    EXPECT_EQ(fieldsOf(date), "6.11.1994 8:49:37");
-    // An unknown month name reads as January.
-    EXPECT_TRUE(date.setDateTime("Sun nov  6 08:49:37 1994", error));
-    EXPECT_EQ(fieldsOf(date), "6.1.1994 8:49:37");
-}
-
-TEST_F(VornDateTimeTest, UnreadableTextGivesTheMessageOfItsForm)
-{
-    VornDateTime date = dateOf(1, 2, 2003);
-    const std::pair<std::string, std::string> cases[] = {
+    const std::pair<const char*, const char*> rows[] = {
+        {"Sun, 06 Nov 1994 08:49:37 GMT", "6.11.1994 8:49:37"},
+        {"31/12/2009", "31.12.2009 0:0:0"},
+        {"1/2/2010 3:04", "1.2.2010 3:4:0"},
+        {"Sun Nov  6 08:49:37 1994", "6.11.1994 8:49:37"},
+        {"Sun nov  6 08:49:37 1994", "6.1.1994 8:49:37"},
+        {"Wednesdayxx, 6 Nov 94 1:2:3 Z", "6.11.94 1:2:3"},
+        {"Wednesdayx Nove 6 1:2:3 9", "6.1.9 1:2:3"},
         {"Sun, 06 Nov 1994 08:49:37 GMT+", "Incorrect RFC1123 DateTime format"},
         {"01/02/2003 04:05:06 +", "Incorrect RFC1123 DateTime format"},
         {"01/02", "Incorrect DateTime format"},
-        {"Sun Nov  6 08:49:37 1994 +", "Incorrect DateTime format"},
         {"", "Incorrect DateTime format"},
     };
-    for (const auto& c : cases) {
-        std::string error;
-        EXPECT_FALSE(date.setDateTime(c.first, error)) << c.first;
-        EXPECT_EQ(error, c.second) << c.first;
-    }
-    EXPECT_EQ(fieldsOf(date), "1.2.2003 0:0:0");
-}
-
-TEST_F(VornDateTimeTest, WordsLongerThanAMonthNameAreReadWhole)
-{
     VornDateTime date;
-    std::string error;
-    EXPECT_TRUE(date.setDateTime("Wednesdayxx, 6 Nov 94 1:2:3 Z", error));
-    EXPECT_EQ(fieldsOf(date), "6.11.94 1:2:3");
-    EXPECT_TRUE(date.setDateTime("S, 6 Nov 94 1:2:3 Zzzzzzzzzzz", error));
-    EXPECT_EQ(fieldsOf(date), "6.11.94 1:2:3");
-    EXPECT_TRUE(date.setDateTime("Wednesdayx Nove 6 1:2:3 9", error));
-    EXPECT_EQ(fieldsOf(date), "6.1.9 1:2:3");
+    for (const auto& row : rows) {
+        const std::string before = fieldsOf(date);
+        std::string error;
+        if (date.setDateTime(row.first, error)) {
+            EXPECT_EQ(fieldsOf(date), row.second) << row.first;
+        } else {
+            EXPECT_EQ(error, row.second) << row.first;
+            EXPECT_EQ(fieldsOf(date), before) << row.first;
+        }
+    }
 }
 
-TEST_F(VornDateTimeTest, CalendarQuestions)
+TEST_F(VornDateTimeTest, CalendarQuestionsAndTextOutputsWhereTimeAndDateCrossAndGmtIsUniversalTime)
 {
     const VornDateTime date = dateOf(6, 11, 1994, 8, 49, 37);
     EXPECT_EQ(date.day(), 310);
     EXPECT_EQ(date.getWeekday(), 0);
-    EXPECT_TRUE(dateOf(1, 1, 2008).isLeapYear());
-    EXPECT_TRUE(dateOf(31, 12, 2000).isLeapYear());
-    EXPECT_FALSE(dateOf(1, 1, 2009).isLeapYear());
-    EXPECT_FALSE(dateOf(1, 1, 1900).isLeapYear());
-    EXPECT_EQ(VornDateTime().hash(), 0);
     EXPECT_EQ(date.getTime(), 784108177);
-}
-
-TEST_F(VornDateTimeTest, TextOutputsCrossTimeAndDateAndGmtIsUniversalTime)
-{
-    const VornDateTime date = dateOf(6, 11, 1994, 8, 49, 37);
+    EXPECT_TRUE(dateOf(31, 12, 2000).isLeapYear());
+    EXPECT_FALSE(dateOf(1, 1, 1900).isLeapYear());
     const std::locale classic = std::locale::classic();
     EXPECT_EQ(date.monthName(classic), L"November");
     EXPECT_EQ(date.weekdayName(classic), L"Sunday");
@@ -122,7 +108,7 @@ TEST_F(VornDateTimeTest, TextOutputsCrossTimeAndDateAndGmtIsUniversalTime)
 }
 
 // Daylight saving time given as 0 in summer does not survive mktime.
-TEST_F(VornDateTimeTest, InvalidDatesAreRefusedAndKeepTheValue)
+TEST_F(VornDateTimeTest, InvalidDatesAndFieldsAreRefusedAndKeepTheValue)
 {
     VornDateTime date = dateOf(15, 1, 2009, 12);
     const std::string thrown = std::string("VornInvalidDateException - ") + kInvalid;
@@ -133,43 +119,37 @@ TEST_F(VornDateTimeTest, InvalidDatesAreRefusedAndKeepTheValue)
     february30.tm_mday = 30;
     february30.tm_mon = 1;
     february30.tm_year = 109;
-    EXPECT_THROW(date = february30, VornInvalidDateException);
     EXPECT_FALSE(date.setDateTimeFromTmImpl(february30, error));
     EXPECT_EQ(error, thrown);
-    try {
-        date.setDateTime("12/31/2009", error);
-        ADD_FAILURE() << "nothing thrown";
-    } catch (const VornInvalidDateException& e) {
-        EXPECT_EQ(e.getText(), thrown);
-    }
+    EXPECT_EQ(textThrown([&] { date = february30; }), thrown);
+    EXPECT_EQ(textThrown([&] { date.setDateTime("12/31/2009", error); }), thrown);
     EXPECT_EQ(fieldsOf(date), "15.1.2009 12:0:0");
-}
 
-TEST_F(VornDateTimeTest, FieldChecksReportAndChangeNothing)
-{
-    const VornDateTime date = dateOf(10, 2, 2009);
-    std::string error;
-    EXPECT_FALSE(date.setDayImpl(0, error));
+    // The field checks only report.
+    const VornDateTime february = dateOf(10, 2, 2009);
+    EXPECT_FALSE(february.setDayImpl(0, error));
     EXPECT_EQ(error, "Invalid Day : Exceeds 31");
-    EXPECT_FALSE(date.setDayImpl(32, error));
+    EXPECT_FALSE(february.setDayImpl(32, error));
     EXPECT_EQ(error, "Invalid Day : Exceeds 31");
-    EXPECT_FALSE(date.setDayImpl(31, error));
+    EXPECT_FALSE(february.setDayImpl(31, error));
     EXPECT_EQ(error, kInvalid);
-    EXPECT_TRUE(date.setDayImpl(1, error));
-    EXPECT_FALSE(date.setMonthImpl(13, error));
+    EXPECT_FALSE(february.setMonthImpl(13, error));
     EXPECT_EQ(error, "Invalid Month : Exceeds 12");
-    EXPECT_FALSE(date.setMonthImpl(static_cast<unsigned int>(-1), error));
-    EXPECT_EQ(error, "Invalid Month : Exceeds 12");
-    EXPECT_TRUE(date.setMonthImpl(12, error));
-    EXPECT_TRUE(date.setYearImpl(2012, error));
-    EXPECT_EQ(fieldsOf(date), "10.2.2009 0:0:0");
+    EXPECT_TRUE(february.setDayImpl(1, error) && february.setMonthImpl(12, error));
+    EXPECT_EQ(fieldsOf(february), "10.2.2009 0:0:0");
 }
 
-TEST_F(VornDateTimeTest, ModifyDateNormalisesThroughTheCalendar)
+// The daylight saving flag of the start date stays: winter noon plus three
+// months is one o'clock in summer. Beyond the calendar the message may carry
+// a tail.
+TEST_F(VornDateTimeTest, ModifyDateNormalisesThroughTheCalendarOrReportsWhatItCannotReach)
 {
-    useTimeZone(kUtc);
-    VornDateTime date = dateOf(15, 3, 2009);
+    VornDateTime date = dateOf(15, 3, 2009, 12);
     std::string error = "untouched";
+    EXPECT_TRUE(date.modifyDate(VornDateTime::FieldMonth, 3, error));
+    EXPECT_EQ(fieldsOf(date), "15.6.2009 13:0:0");
+    useTimeZone(kUtc);
+    date = dateOf(15, 3, 2009);
     EXPECT_TRUE(date.modifyDate(VornDateTime::FieldMonth, 14, error));
     EXPECT_EQ(fieldsOf(date), "15.5.2010 0:0:0");
     EXPECT_TRUE(date.modifyDate(VornDateTime::FieldSecond, -1, error));
@@ -177,23 +157,10 @@ TEST_F(VornDateTimeTest, ModifyDateNormalisesThroughTheCalendar)
     EXPECT_FALSE(date.modifyDate(VornDateTime::FieldDay, 0, error));
     EXPECT_EQ(error, "untouched");
 
-    // The daylight saving flag of the start date stays: winter noon plus
-    // three months is one o'clock in summer.
-    useTimeZone(kCentralEurope);
-    date = dateOf(15, 3, 2009, 12);
-    EXPECT_TRUE(date.modifyDate(VornDateTime::FieldMonth, 3, error));
-    EXPECT_EQ(fieldsOf(date), "15.6.2009 13:0:0");
-}
-
-TEST_F(VornDateTimeTest, ModifyDateBeyondTheCalendarReportsWithATail)
-{
-    VornDateTime date = dateOf(15, 3, 2009);
     const std::string head = "Subtracting does not compute to a valid Date. Trying to subtract field,";
-    std::string error;
     EXPECT_FALSE(date.modifyDate(VornDateTime::FieldYear, INT_MAX, error));
     EXPECT_EQ(error, head);
-    EXPECT_EQ(fieldsOf(date), "15.3.2009 0:0:0");
-
+    EXPECT_EQ(fieldsOf(date), "14.5.2010 23:59:59");
     tm farOut{};
     farOut.tm_mday = 1;
     farOut.tm_year = INT_MAX;
@@ -213,9 +180,5 @@ TEST_F(VornDateTimeTest, InstanceIdsCountSuccessfulSets)
     EXPECT_TRUE(date.setDateTimeFromStrImpl("01/01/2000", error));
     EXPECT_FALSE(date.setDateImpl(30, 2, 100, error));
     EXPECT_EQ(date.getInstanceId(), id + 2 + 1 + 2);
-    VornDateTime assigned;
-    assigned = date;
     EXPECT_EQ(VornDateTime(date).getInstanceId(), id + 5);
-    EXPECT_EQ(assigned.getInstanceId(), id + 5);
-    EXPECT_EQ(fieldsOf(assigned), "1.1.2000 0:0:0");
 }

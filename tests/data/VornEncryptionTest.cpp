@@ -19,16 +19,11 @@ std::string fromHex(const std::string& hex)
     return bytes;
 }
 
-const auto* bytesOf(const std::string& text)
-{
-    return reinterpret_cast<const unsigned char*>(text.data());
-}
-
 // One block through the cipher, with the schedule of the object as it stands.
 std::string encipher(VornEncryption& cipher, const std::string& eightBytes, bool decrypt = false)
 {
     SBlock block(0, 0);
-    cipher.bytesToBlock(bytesOf(eightBytes), block);
+    cipher.bytesToBlock(reinterpret_cast<const unsigned char*>(eightBytes.data()), block);
     if (decrypt) {
         cipher.decryptInternal(block);
     } else {
@@ -39,18 +34,10 @@ std::string encipher(VornEncryption& cipher, const std::string& eightBytes, bool
     return result;
 }
 
-std::string exclusiveOr(std::string a, const std::string& b)
-{
-    for (std::size_t i = 0; i < a.size(); ++i) {
-        a[i] = static_cast<char>(a[i] ^ b[i]);
-    }
-    return a;
-}
-
 // A cipher with the schedule of key set up by hand.
-VornEncryption scheduled(const std::string& key, VornEncryption::Strength strength = VornEncryption::StrengthLow)
+VornEncryption scheduled(const std::string& key)
 {
-    VornEncryption cipher(strength);
+    VornEncryption cipher(VornEncryption::StrengthLow);
     cipher.initialize(key, static_cast<unsigned int>(key.size()), VornEncryption::ModeECB, SBlock(0, 0));
     return cipher;
 }
@@ -63,8 +50,21 @@ std::string encrypted(VornEncryption::Strength strength, const std::string& key,
     return output;
 }
 
+template <class Body>
+std::string textThrown(Body body)
+{
+    try {
+        body();
+    } catch (const VornInvalidEncryptionException& error) {
+        return error.getText();
+    }
+    return "nothing thrown";
+}
+
 const std::string kKey = "secret key";
 const std::string kPlain = "0123456789abcdefFEDCBA9876543210";
+const auto kLow = VornEncryption::StrengthLow;
+const auto kHigh = VornEncryption::StrengthHigh;
 
 }  // namespace
 
@@ -74,9 +74,6 @@ TEST(VornEncryptionTest, PublishedTestVectorsHold)
         {"0000000000000000", "0000000000000000", "4EF997456198DD78"},
         {"FFFFFFFFFFFFFFFF", "FFFFFFFFFFFFFFFF", "51866FD5B85ECB8A"},
         {"3000000000000000", "1000000000000001", "7D856F9A613063F2"},
-        {"1111111111111111", "1111111111111111", "2466DD878B963C9D"},
-        {"0123456789ABCDEF", "1111111111111111", "61F9C3802281B096"},
-        {"1111111111111111", "0123456789ABCDEF", "7D0CC630AFDA1EC7"},
         {"FEDCBA9876543210", "0123456789ABCDEF", "0ACEAB0FC6A0A28D"},
     };
     for (const auto& vector : vectors) {
@@ -86,35 +83,28 @@ TEST(VornEncryptionTest, PublishedTestVectorsHold)
     }
 }
 
+// Each block is written one block ahead of its place, so the first falls off
+// the front, the last place keeps what the output held there (zeros when it
+// was short) and a last, partial block is filled with the NUL and zeros.
 TEST(VornEncryptionTest, OutputStandsOneBlockAheadOfTheString)
 {
     VornEncryption cipher = scheduled(kKey);
     const std::string input = kPlain.substr(0, 16);
-    const std::string ecb = encrypted(VornEncryption::StrengthLow, kKey, input);
-    EXPECT_EQ(ecb, encipher(cipher, input.substr(8, 8)) + std::string(8, '\0'));
-
-    const std::string c0 = encipher(cipher, input.substr(0, 8));
-    const std::string cbc = encrypted(VornEncryption::StrengthHigh, kKey, input);
-    EXPECT_EQ(cbc, encipher(cipher, exclusiveOr(input.substr(8, 8), c0)) + std::string(8, '\0'));
-
-    // A last, partial block is filled with the terminating NUL and zeros.
+    EXPECT_EQ(encrypted(kLow, kKey, input), encipher(cipher, input.substr(8, 8)) + std::string(8, '\0'));
+    std::string chained = encipher(cipher, input.substr(0, 8));
+    for (int i = 0; i < 8; ++i) {
+        chained[i] = static_cast<char>(chained[i] ^ input[8 + i]);
+    }
+    EXPECT_EQ(encrypted(kHigh, kKey, input), encipher(cipher, chained) + std::string(8, '\0'));
     const std::string nine = kPlain.substr(0, 9);
-    EXPECT_EQ(encrypted(VornEncryption::StrengthLow, kKey, nine),
-              encipher(cipher, nine.substr(8, 1) + std::string(7, '\0')) + std::string(1, '\0'));
-}
+    EXPECT_EQ(encrypted(kLow, kKey, nine), encipher(cipher, nine.substr(8, 1) + std::string(7, '\0')) + '\0');
 
-TEST(VornEncryptionTest, BytesBeyondTheBlocksKeepWhatTheOutputHeld)
-{
     const std::string before(24, 'x');
-    const std::string output = encrypted(VornEncryption::StrengthHigh, kKey, kPlain.substr(0, 16), before);
-    ASSERT_EQ(output.size(), 24u);
-    EXPECT_EQ(output.substr(8), std::string(16, 'x'));
-    EXPECT_EQ(encrypted(VornEncryption::StrengthLow, kKey, "12345678", before), before);
-
+    EXPECT_EQ(encrypted(kHigh, kKey, input, before).substr(8), std::string(16, 'x'));
+    EXPECT_EQ(encrypted(kLow, kKey, "12345678", before), before);
     std::string inPlace = kPlain;
-    VornEncryption cipher;
-    cipher.encryptData(kKey, inPlace, inPlace);
-    EXPECT_EQ(inPlace, encrypted(VornEncryption::StrengthHigh, kKey, kPlain, kPlain));
+    VornEncryption().encryptData(kKey, inPlace, inPlace);
+    EXPECT_EQ(inPlace, encrypted(kHigh, kKey, kPlain, kPlain));
 }
 
 TEST(VornEncryptionTest, KeysThatFillTheFirst72BytesAlikeGiveOneSchedule)
@@ -123,85 +113,51 @@ TEST(VornEncryptionTest, KeysThatFillTheFirst72BytesAlikeGiveOneSchedule)
     while (repeated.size() < 80) {
         repeated += "ab";
     }
-    EXPECT_EQ(encrypted(VornEncryption::StrengthHigh, "ab", kPlain), encrypted(VornEncryption::StrengthHigh, repeated, kPlain));
-    const std::string long72(72, 'k');
-    EXPECT_EQ(encrypted(VornEncryption::StrengthLow, long72, kPlain),
-              encrypted(VornEncryption::StrengthLow, long72 + "tail", kPlain));
+    EXPECT_EQ(encrypted(kHigh, "ab", kPlain), encrypted(kHigh, repeated, kPlain));
+    EXPECT_EQ(encrypted(kLow, std::string(72, 'k'), kPlain), encrypted(kLow, std::string(72, 'k') + "tail", kPlain));
 }
 
-TEST(VornEncryptionTest, DecryptingTheOutputDoesNotRestoreTheInput)
-{
-    const std::string input = kPlain.substr(0, 24);
-    std::string cipherText = encrypted(VornEncryption::StrengthLow, kKey, input);
-    VornEncryption decryptor(VornEncryption::StrengthLow);
-    std::string plain;
-    decryptor.decryptData(kKey, cipherText, plain);
-    VornEncryption cipher = scheduled(kKey);
-    EXPECT_EQ(plain, input.substr(16, 8) + encipher(cipher, std::string(8, '\0'), true) + std::string(8, '\0'));
-}
-
-TEST(VornEncryptionTest, EmptyKeyIsRefusedUnlessThereIsNothingToEncryptAndEmptyInputWritesNothing)
+TEST(VornEncryptionTest, EmptyKeysUnknownModesAndKeyLengthsBeyondTheKeyAreRefusedAndEmptyInputWritesNothing)
 {
     VornEncryption cipher;
-    std::string empty;
-    std::string output;
-    std::string error;
+    std::string empty, output, error;
     EXPECT_TRUE(cipher.encryptDataImpl("", empty, output, error));
     EXPECT_EQ(error, "");
     EXPECT_FALSE(cipher.decryptDataImpl("", empty, output, error));
     EXPECT_EQ(error, "The key passed is empty");
     std::string input = "data";
-    try {
-        cipher.encryptData("", input, output);
-        ADD_FAILURE() << "nothing thrown";
-    } catch (const VornInvalidEncryptionException& e) {
-        EXPECT_EQ(e.getText(), "VornInvalidEncryptionException - The key passed is empty");
-    }
+    EXPECT_EQ(textThrown([&] { cipher.encryptData("", input, output); }),
+              "VornInvalidEncryptionException - The key passed is empty");
     EXPECT_THROW(cipher.decryptData("", input, output), VornInvalidEncryptionException);
-
     output = "kept";
     EXPECT_TRUE(cipher.encryptDataImpl(kKey, empty, output, error));
     EXPECT_EQ(output, "kept");
     EXPECT_TRUE(cipher.decryptDataImpl(kKey, empty, output, error));
     EXPECT_EQ(output, "");
-}
 
-TEST(VornEncryptionTest, InitializeRefusesUnknownModesAndKeyLengthsBeyondTheKey)
-{
-    VornEncryption cipher;
-    try {
-        cipher.initialize(kKey, 3, static_cast<VornEncryption::tMode>(2), SBlock(0, 0));
-        ADD_FAILURE() << "nothing thrown";
-    } catch (const VornInvalidEncryptionException& e) {
-        EXPECT_EQ(e.getText(), "VornInvalidEncryptionException - The mode is not initialized properly");
-    }
+    EXPECT_EQ(textThrown([&] { cipher.initialize(kKey, 3, static_cast<VornEncryption::tMode>(2), SBlock(0, 0)); }),
+              "VornInvalidEncryptionException - The mode is not initialized properly");
     EXPECT_THROW(cipher.initialize("abc", 4, VornEncryption::ModeECB, SBlock(0, 0)), std::out_of_range);
     EXPECT_THROW(cipher.initialize("abc", 0, VornEncryption::ModeECB, SBlock(0, 0)), std::out_of_range);
 }
 
-// A schedule made from the first byte of the key alone, while the object
-// records the whole key: only a rebuilt schedule decrypts correctly.
-TEST(VornEncryptionTest, DecryptionReusesTheScheduleUntilStrengthOrKeyChanges)
+// Decryption writes one block ahead as well, so it does not give back the
+// input. A schedule made from the first byte of the key alone, while the
+// object records the whole key, shows that only a rebuilt schedule is used.
+TEST(VornEncryptionTest, DecryptionIsOneBlockAheadAndReusesTheScheduleUntilStrengthOrKeyChanges)
 {
-    std::string cipherText = encrypted(VornEncryption::StrengthLow, kKey, kPlain);
-    std::string expected;
-    VornEncryption fresh(VornEncryption::StrengthLow);
-    fresh.decryptData(kKey, cipherText, expected);
-
-    VornEncryption cipher(VornEncryption::StrengthLow);
+    std::string cipherText = encrypted(kLow, kKey, kPlain);
+    std::string expected, reused, copied, rebuilt;
+    VornEncryption(kLow).decryptData(kKey, cipherText, expected);
+    VornEncryption byHand = scheduled(kKey);
+    EXPECT_EQ(expected, kPlain.substr(16) + encipher(byHand, std::string(8, '\0'), true) + std::string(8, '\0'));
+    VornEncryption cipher(kLow);
     cipher.initialize(kKey, 1, VornEncryption::ModeECB, SBlock(0, 0));
-    std::string reused;
     cipher.decryptData(kKey, cipherText, reused);
     EXPECT_NE(reused, expected);
-
-    VornEncryption copy(cipher);
-    EXPECT_EQ(copy.getStrength(), VornEncryption::StrengthLow);
-    std::string copied;
-    copy.decryptData(kKey, cipherText, copied);
+    VornEncryption(cipher).decryptData(kKey, cipherText, copied);
     EXPECT_EQ(copied, expected);
-
-    cipher.setStrength(VornEncryption::StrengthLow);
-    std::string rebuilt;
+    cipher.setStrength(kLow);
     cipher.decryptData(kKey, cipherText, rebuilt);
     EXPECT_EQ(rebuilt, expected);
 }

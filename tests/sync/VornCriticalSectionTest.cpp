@@ -10,7 +10,6 @@
 #include <unistd.h>
 
 #include <atomic>
-#include <functional>
 #include <thread>
 #include <vector>
 
@@ -28,67 +27,36 @@ TEST(VornCriticalSectionObjectTest, TheThreadPointerIsTheThreadsId)
 }
 #endif
 
-TEST(VornCriticalSectionObjectTest, LockCountOfAFreshSectionIsZero)
-{
-    VornCriticalSectionObject section;
-    EXPECT_EQ(section.lockCount(), 0);
-}
-
-TEST(VornCriticalSectionObjectTest, RecursiveLockNeedsAsManyUnlocks)
+TEST(VornCriticalSectionObjectTest, OnlyTheOwnerTakesAndGivesBackLevelsAndUnwindGivesBackAll)
 {
     VornCriticalSectionObject section;
     section.lock();
-    section.lock();
-    section.lock();
-    section.unlock();
-    section.unlock();
-    EXPECT_EQ(section.lockCount(), 1);
-    EXPECT_FALSE(testAndSetElsewhere(section));
-    section.unlock();
-    EXPECT_EQ(section.lockCount(), 0);
-    EXPECT_TRUE(testAndSetElsewhere(section));
-}
-
-TEST(VornCriticalSectionObjectTest, TestAndSetByTheOwnerAddsALevel)
-{
-    VornCriticalSectionObject section;
     section.lock();
     EXPECT_TRUE(section.testAndSet());
-    EXPECT_EQ(section.lockCount(), 2);
-    section.unlock();
-    EXPECT_FALSE(testAndSetElsewhere(section));
-    section.unlock();
-    EXPECT_TRUE(testAndSetElsewhere(section));
-}
-
-TEST(VornCriticalSectionObjectTest, UnlockByANonOwnerChangesNothing)
-{
-    VornCriticalSectionObject section;
-    section.lock();
     std::thread([&] { section.unlock(); }).join();
+    section.unlock();
+    section.unlock();
     EXPECT_EQ(section.lockCount(), 1);
     EXPECT_FALSE(testAndSetElsewhere(section));
-    section.unlock();
+    section.lock();
+    section.unwind();
+    EXPECT_EQ(section.lockCount(), 0);
+    EXPECT_TRUE(testAndSetElsewhere(section));
+    section.unwind();
+    EXPECT_EQ(section.lockCount(), 0);
 }
 
-TEST(VornCriticalSectionObjectTest, CopyBeforeFirstUseIsAnIndependentLock)
+TEST(VornCriticalSectionObjectTest, CopiesShareTheLockOnlyOnceTheOriginalHasBeenUsed)
 {
     VornCriticalSectionObject original;
-    VornCriticalSectionObject copy(original);
-    original.lock();
-    EXPECT_EQ(copy.lockCount(), 0);
-    EXPECT_TRUE(testAndSetElsewhere(copy));
-    original.unlock();
-}
-
-TEST(VornCriticalSectionObjectTest, CopyAfterFirstUseIsTheSameLock)
-{
-    VornCriticalSectionObject original;
+    VornCriticalSectionObject early(original);
     original.lock();
     original.lock();
     VornCriticalSectionObject copy(original);
     VornCriticalSectionObject assigned;
     assigned = original;
+    EXPECT_EQ(early.lockCount(), 0);
+    EXPECT_TRUE(testAndSetElsewhere(early));
     EXPECT_EQ(copy.lockCount(), 2);
     EXPECT_EQ(assigned.lockCount(), 2);
     EXPECT_TRUE(copy.testAndSet());
@@ -97,27 +65,19 @@ TEST(VornCriticalSectionObjectTest, CopyAfterFirstUseIsTheSameLock)
     EXPECT_TRUE(testAndSetElsewhere(original));
 }
 
-TEST(VornCriticalSectionObjectTest, UnwindFreesAllLevelsAtOnce)
-{
-    VornCriticalSectionObject section;
-    for (int i = 0; i < 5; ++i) {
-        section.lock();
-    }
-    section.unwind();
-    EXPECT_EQ(section.lockCount(), 0);
-    EXPECT_TRUE(testAndSetElsewhere(section));
-    section.unwind();
-    EXPECT_EQ(section.lockCount(), 0);
-}
-
 // The last level given back lets a waiting thread in at once; unwind must
 // not go on to count that thread's levels as its own.
-TEST(VornCriticalSectionObjectTest, UnwindReturnsWhileAnotherThreadTakesTheLock)
+TEST(VornCriticalSectionObjectTest, KeepsOutOtherThreadsAndUnwindsWhileTheyWait)
 {
     VornCriticalSectionObject section;
+    long counter = 0;
     auto work = [&] {
-        for (int i = 0; i < 20000; ++i) {
+        for (int i = 0; i < 50000; ++i) {
             section.lock();
+            {
+                VornCriticalSection inner(section, true);
+                ++counter;
+            }
             section.lock();
             section.unwind();
         }
@@ -126,25 +86,8 @@ TEST(VornCriticalSectionObjectTest, UnwindReturnsWhileAnotherThreadTakesTheLock)
     std::thread second(work);
     first.join();
     second.join();
+    EXPECT_EQ(counter, 100000);
     EXPECT_EQ(section.lockCount(), 0);
-}
-
-TEST(VornCriticalSectionObjectTest, KeepsOutOtherThreadsWhileHeld)
-{
-    VornCriticalSectionObject section;
-    long counter = 0;
-    auto work = [&] {
-        for (int i = 0; i < 100000; ++i) {
-            VornCriticalSection outer(section, true);
-            VornCriticalSection inner(section, true);
-            ++counter;
-        }
-    };
-    std::thread first(work);
-    std::thread second(work);
-    first.join();
-    second.join();
-    EXPECT_EQ(counter, 200000);
 }
 
 // Nothing guards the first use of the global section: threads racing to it
@@ -155,156 +98,59 @@ TEST(VornCriticalSectionObjectTest, ManyThreadsMayUseTheGlobalSectionFirst)
     VornSupport::VSUPTFinitVornObjectBase();
     VornSupport::VSUPTInitVornObjectBase();
     std::atomic<bool> go{false};
-    std::vector<std::thread> threads;
     std::vector<VornCriticalSectionObject> sections(8);
+    std::vector<std::thread> threads;
     for (auto& section : sections) {
         threads.emplace_back([&] {
             while (!go) {
             }
-            section.lock();
-            section.unlock();
+            VornCriticalSection guard(section, true);
         });
     }
     go = true;
     for (auto& thread : threads) {
         thread.join();
     }
-    g_pCriticalSection->lock();
+    VornCriticalSection guard(*g_pCriticalSection, true);
     EXPECT_FALSE(testAndSetElsewhere(*g_pCriticalSection));
-    g_pCriticalSection->unlock();
 }
 
-TEST(VornCriticalSectionTest, GuardGivesBackExactlyOneLevel)
+TEST(VornCriticalSectionTest, GuardGivesBackOnlyTheOneLevelItHolds)
 {
     VornCriticalSectionObject section;
     section.lock();
     {
         VornCriticalSection guard(section, true);
         EXPECT_EQ(section.lockCount(), 2);
+        VornCriticalSection unlockedEarly(section, true);
+        unlockedEarly.unlock();
+        VornCriticalSection neverLocked(section, false);
     }
     EXPECT_EQ(section.lockCount(), 1);
     section.unlock();
-}
-
-TEST(VornCriticalSectionTest, GuardUnlockedEarlyGivesBackNothingTwice)
-{
-    VornCriticalSectionObject section;
-    section.lock();
-    {
-        VornCriticalSection guard(section, true);
-        guard.unlock();
-        EXPECT_EQ(section.lockCount(), 1);
-    }
-    EXPECT_EQ(section.lockCount(), 1);
-    section.unlock();
-}
-
-TEST(VornCriticalSectionTest, GuardBuiltWithoutLockingTouchesNothing)
-{
-    VornCriticalSectionObject section;
-    section.lock();
-    { VornCriticalSection guard(section, false); }
-    EXPECT_EQ(section.lockCount(), 1);
-    section.unlock();
-}
-
-TEST(VornCriticalSectionTest, GuardRelockedIsGivenBackOnce)
-{
-    VornCriticalSectionObject section;
-    {
-        VornCriticalSection guard(section, true);
-        guard.unlock();
-        guard.lock();
-        EXPECT_EQ(section.lockCount(), 1);
-    }
-    EXPECT_EQ(section.lockCount(), 0);
-}
-
-TEST(VornCriticalSectionRecoverFnTest, FreesEveryHeldLockWhateverTheDepth)
-{
-    VornCriticalSectionObject first;
-    VornCriticalSectionObject second;
-    std::thread([&] {
-        first.lock();
-        first.lock();
-        second.lock();
-        VornCriticalSectionRecoverFn(nullptr);
-    }).join();
-    EXPECT_EQ(first.lockCount(), 0);
-    EXPECT_EQ(second.lockCount(), 0);
-    EXPECT_TRUE(testAndSetElsewhere(first));
-    EXPECT_TRUE(testAndSetElsewhere(second));
-}
-
-// A lock released out of order leaves the thread's list; the recovery must
-// then not touch it, even while another thread holds it.
-TEST(VornCriticalSectionRecoverFnTest, LeavesALockReleasedOutOfOrderAlone)
-{
-    VornCriticalSectionObject l1;
-    VornCriticalSectionObject l2;
-    VornCriticalSectionObject l3;
-    std::atomic<int> step{0};
-    std::thread holder([&] {
-        l1.lock();
-        l2.lock();
-        l3.lock();
-        l2.unlock();
-        step = 1;
-        while (step != 2) {
-            std::this_thread::yield();
-        }
-        VornCriticalSectionRecoverFn(nullptr);
-    });
-    while (step != 1) {
-        std::this_thread::yield();
-    }
-    l2.lock();
-    step = 2;
-    holder.join();
-    EXPECT_EQ(l2.lockCount(), 1);
-    EXPECT_FALSE(testAndSetElsewhere(l2));
-    EXPECT_TRUE(testAndSetElsewhere(l1));
-    EXPECT_TRUE(testAndSetElsewhere(l3));
-    l2.unlock();
-}
-
-TEST(VornCriticalSectionRecoverFnTest, FindsNothingAfterOrderlyReleases)
-{
-    VornCriticalSectionObject l1;
-    VornCriticalSectionObject l2;
-    VornCriticalSectionObject l3;
-    std::thread([&] {
-        l1.lock();
-        l2.lock();
-        l3.lock();
-        l2.unlock();
-        l3.unlock();
-        l1.unlock();
-        l1.lock();
-        l1.unlock();
-        VornCriticalSectionRecoverFn(nullptr);
-    }).join();
-    EXPECT_TRUE(testAndSetElsewhere(l1));
-    EXPECT_TRUE(testAndSetElsewhere(l2));
-    EXPECT_TRUE(testAndSetElsewhere(l3));
 }
 
 namespace {
 
-struct CancelledHolder {
-    VornCriticalSectionObject* first;
-    VornCriticalSectionObject* second;
+struct HeldLocks {
+    VornCriticalSectionObject first, middle, third, last;
     std::atomic<bool> holding{false};
 };
 
+// Takes four locks, the first twice, gives back the one in the middle of its
+// list and the one taken last, and waits to be cancelled.
 void* holdLocksUntilCancelled(void* argument)
 {
-    auto* holder = static_cast<CancelledHolder*>(argument);
+    auto& held = *static_cast<HeldLocks*>(argument);
     pthread_cleanup_push(VornCriticalSectionRecoverFn, nullptr);
-    holder->first->lock();
-    holder->first->lock();
-    holder->second->lock();
-    holder->holding = true;
+    held.first.lock();
+    held.first.lock();
+    held.middle.lock();
+    held.third.lock();
+    held.last.lock();
+    held.middle.unlock();
+    held.last.unlock();
+    held.holding = true;
     for (;;) {
         pause();
     }
@@ -314,24 +160,29 @@ void* holdLocksUntilCancelled(void* argument)
 
 }  // namespace
 
-TEST(VornCriticalSectionRecoverFnTest, ACancelledHolderLeavesItsLocksFree)
+// A lock its holder released, taken last or not, has left the thread's list:
+// the recovery must not touch it, even while another thread holds it.
+TEST(VornCriticalSectionRecoverFnTest, ACancelledHolderFreesWhatItHeldAndLeavesWhatItReleased)
 {
-    VornCriticalSectionObject first;
-    VornCriticalSectionObject second;
-    CancelledHolder holder{&first, &second};
+    HeldLocks held;
     pthread_t thread;
-    ASSERT_EQ(pthread_create(&thread, nullptr, holdLocksUntilCancelled, &holder), 0);
-    while (!holder.holding) {
+    ASSERT_EQ(pthread_create(&thread, nullptr, holdLocksUntilCancelled, &held), 0);
+    while (!held.holding) {
         std::this_thread::yield();
     }
+    held.middle.lock();
+    held.last.lock();
     pthread_cancel(thread);
     pthread_join(thread, nullptr);
-    EXPECT_EQ(first.lockCount(), 0);
-    EXPECT_EQ(second.lockCount(), 0);
-    first.lock();
-    second.lock();
-    second.unlock();
-    first.unlock();
+    for (auto* freed : {&held.first, &held.third}) {
+        EXPECT_EQ(freed->lockCount(), 0);
+        EXPECT_TRUE(testAndSetElsewhere(*freed));
+    }
+    for (auto* kept : {&held.middle, &held.last}) {
+        EXPECT_EQ(kept->lockCount(), 1);
+        EXPECT_FALSE(testAndSetElsewhere(*kept));
+        kept->unlock();
+    }
 }
 
 // The section is never destroyed: dropping a lock that a dead thread still

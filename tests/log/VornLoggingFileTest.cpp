@@ -5,8 +5,6 @@
 
 #include "support/LibrarySignals.h"
 
-#include <unistd.h>
-
 #include <atomic>
 #include <chrono>
 #include <cstdio>
@@ -58,23 +56,25 @@ protected:
 
     void TearDown() override
     {
+        m_logger.reset();
         std::filesystem::current_path(m_previous);
         std::filesystem::remove_all(m_dir);
     }
 
     // A logger on a file named base.log, with the generator set to seed and
     // its "Opening" line swallowed. Gives the file's name.
-    std::string openQuietly(std::unique_ptr<VornLogging>& logger, const std::string& base, unsigned seed, int level)
+    std::string openQuietly(const std::string& base, unsigned seed, int level)
     {
         const std::string name = base + nextFileNumber(seed) + ".log";
         testing::internal::CaptureStderr();
-        logger = std::make_unique<VornLogging>(base + ".log", VornLogging::TargetFile, level);
+        m_logger = std::make_unique<VornLogging>(base + ".log", VornLogging::TargetFile, level);
         testing::internal::GetCapturedStderr();
         return name;
     }
 
     const std::filesystem::path m_previous = std::filesystem::current_path();
     std::string m_dir;
+    std::unique_ptr<VornLogging> m_logger;
 };
 
 class VornLoggingQuietTimerSlowTest : public VornLoggingFileTest {};
@@ -87,10 +87,14 @@ TEST_F(VornLoggingFileTest, TheFileNameReplacesTheLastExtensionByANumberAndLog)
     const struct {
         const char* given;
         const char* base;
-    } rows[] = {{"app.cfg", "app"},           {"x.log", "x"},      {"service", "service"},
-                {"./service", ""},            // the last dot may be that of the directory
-                {"\"app.cfg\"", "app"},       // a leading quote goes, a closing one with the extension
-                {"\"app\"", "app\""}};
+    } rows[] = {
+        {"app.cfg", "app"},
+        {"x.log", "x"},
+        {"service", "service"},
+        {"./service", ""},       // the last dot may be that of the directory
+        {"\"app.cfg\"", "app"},  // a leading quote goes, a closing one with the extension
+        {"\"app\"", "app\""},
+    };
     unsigned seed = 11;
     for (const auto& row : rows) {
         const std::string name = row.base + nextFileNumber(++seed) + ".log";
@@ -122,22 +126,21 @@ TEST_F(VornLoggingFileTest, SetTargetClosesAndOpensTheFileWithTheFileBit)
     std::srand(19);
     std::rand();
     const std::string second = "app" + std::to_string(std::rand()) + ".log";
-    std::unique_ptr<VornLogging> logger;
-    const std::string first = openQuietly(logger, "app", 19, 5);
+    const std::string first = openQuietly("app", 19, 5);
     testing::internal::CaptureStdout();
-    *logger << setloglevel(5) << "to the file" << endrecord;
-    logger->setTarget(VornLogging::TargetStdout);
-    *logger << setloglevel(5) << "stdout only" << endrecord;
+    *m_logger << setloglevel(5) << "to the file" << endrecord;
+    m_logger->setTarget(VornLogging::TargetStdout);
+    *m_logger << setloglevel(5) << "stdout only" << endrecord;
     const std::string out = testing::internal::GetCapturedStdout();
     EXPECT_EQ(out.find("to the file"), std::string::npos) << out;
     const std::string text = readFile(first);
     EXPECT_EQ(text.substr(text.find("] ")), "] to the file\n") << text;
 
     testing::internal::CaptureStderr();
-    logger->setTarget(3);
+    m_logger->setTarget(3);
     EXPECT_EQ(testing::internal::GetCapturedStderr(), opening(second));
     testing::internal::CaptureStderr();
-    logger->setTarget(VornLogging::TargetFile);
+    m_logger->setTarget(VornLogging::TargetFile);
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
@@ -145,9 +148,8 @@ TEST_F(VornLoggingFileTest, SetTargetClosesAndOpensTheFileWithTheFileBit)
 // writer was cancelled; the test's thread sleeps meanwhile.
 TEST_F(VornLoggingQuietTimerSlowTest, ARecordLeftOpenByAKilledWriterIsFinishedAfterAMinute)
 {
-    std::unique_ptr<VornLogging> logger;
-    const std::string name = openQuietly(logger, "quiet", 21, 9);
-    VornLogging::setInstance(*logger);
+    const std::string name = openQuietly("quiet", 21, 9);
+    VornLogging::setInstance(*m_logger);
 
     static std::atomic<bool> inRecord{false};
     // The record is opened in a frame of its own: the body that is killed
@@ -163,7 +165,7 @@ TEST_F(VornLoggingQuietTimerSlowTest, ARecordLeftOpenByAKilledWriterIsFinishedAf
             }
         }
         VornLogging& target;
-    } writer(*logger);
+    } writer(*m_logger);
     const auto start = std::chrono::steady_clock::now();
     writer.start();
     while (!inRecord) {
@@ -194,8 +196,7 @@ TEST_F(VornLoggingQuietTimerSlowTest, ARecordLeftOpenByAKilledWriterIsFinishedAf
 // timer raises is handled by the test's main thread, idle in its joins.
 TEST_F(VornLoggingStressTest, ManyWritersOfSeveralItemsNeverMixTheirRecords)
 {
-    std::unique_ptr<VornLogging> logger;
-    const std::string name = openQuietly(logger, "stress", 23, 9);
+    const std::string name = openQuietly("stress", 23, 9);
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(18);
     std::atomic<long> written{0};
     std::vector<std::thread> writers;
@@ -203,7 +204,7 @@ TEST_F(VornLoggingStressTest, ManyWritersOfSeveralItemsNeverMixTheirRecords)
         writers.emplace_back([&, w] {
             blockLibrarySignals();
             for (long i = 0; std::chrono::steady_clock::now() < end; ++i, ++written) {
-                *logger << setloglevel(1) << "w" << w << " a" << i << " b" << i << " c" << i << " d" << i << endrecord;
+                *m_logger << setloglevel(1) << "w" << w << " a" << i << " b" << i << " c" << i << " d" << i << endrecord;
             }
         });
     }

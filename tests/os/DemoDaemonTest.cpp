@@ -10,7 +10,7 @@
 #include <signal.h>
 
 #include <chrono>
-#include <cstdio>
+#include <regex>
 #include <thread>
 
 using namespace VornSupport;
@@ -20,8 +20,7 @@ namespace {
 // Ended and reaped, or ended and not yet reaped by whoever adopted it.
 bool gone(pid_t pid)
 {
-    const std::string stat = readFile("/proc/" + std::to_string(pid) + "/stat");
-    return kill(pid, 0) != 0 || stat.find(") Z ") != std::string::npos;
+    return kill(pid, 0) != 0 || readFile("/proc/" + std::to_string(pid) + "/stat").find(") Z ") != std::string::npos;
 }
 
 template <class Condition>
@@ -31,14 +30,6 @@ bool withinTenSeconds(Condition condition)
         std::this_thread::sleep_for(std::chrono::milliseconds(50));
     }
     return condition();
-}
-
-// "YYYYMMDD_HH:MM:SS 5 category   [thread] text", each field at its place.
-bool hasRecordPrefix(const std::string& line)
-{
-    int end = 0;
-    std::sscanf(line.c_str(), "%*8[0-9]_%*2[0-9]:%*2[0-9]:%*2[0-9] 5 %*10c [%*d] %n", &end);
-    return end > 0 && line.compare(17, 3, " 5 ") == 0 && line.compare(30, 2, " [") == 0;
 }
 
 // Runs the demo from a scratch directory, which gets its log file and its
@@ -57,8 +48,7 @@ protected:
         const std::filesystem::path previous = std::filesystem::current_path();
         std::filesystem::current_path(scratch.path());
         int status = -1;
-        EXPECT_TRUE(VornExecuteProgram(std::string(VSUPT_DEMO_FILE) + " -config " + VSUPT_DEMO_CONFIG + " -pidfile " +
-                                           pidFile,
+        EXPECT_TRUE(VornExecuteProgram(std::string(VSUPT_DEMO_FILE) + " -config " + VSUPT_DEMO_CONFIG + " -pidfile " + pidFile,
                                        true, nullptr, &status));
         std::filesystem::current_path(previous);
         return status;
@@ -86,15 +76,17 @@ TEST_F(DemoDaemonTest, StartsWithStatusZeroLogsHeartbeatsAndStopsOnceAtSigterm)
     kill(m_pid, SIGTERM);
     ASSERT_TRUE(withinTenSeconds([&] { return gone(m_pid); }));
 
+    // "YYYYMMDD_HH:MM:SS 5 category   [thread] text", each field at its place.
+    static const std::regex record(R"(\d{8}_\d\d:\d\d:\d\d 5 .{10} \[-?\d+\] .*)");
     std::istringstream lines(log());
     int stops = 0;
     for (std::string line; std::getline(lines, line);) {
-        EXPECT_TRUE(hasRecordPrefix(line)) << line;
+        EXPECT_TRUE(std::regex_match(line, record)) << line;
         stops += line.find("] demo stopped after") != std::string::npos ? 1 : 0;
     }
     EXPECT_EQ(1, stops);
     EXPECT_NE(std::string::npos, log().find("] main returns\n"));
-    EXPECT_FALSE(exists(scratch / "demo.pid"));
+    EXPECT_FALSE(std::filesystem::exists(scratch / "demo.pid"));
 }
 
 TEST_F(DemoDaemonTest, FailedServiceStartGivesStatusOne)

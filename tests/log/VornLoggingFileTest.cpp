@@ -155,17 +155,15 @@ TEST_F(VornLoggingQuietTimerSlowTest, ARecordLeftOpenByAKilledWriterIsFinishedAf
     // The record is opened in a frame of its own: the body that is killed
     // has nothing to destroy.
     struct Writer : VornThread {
-        explicit Writer(VornLogging& logger) : target(logger) {}
         static __attribute__((noinline)) void openRecord(VornLogging& log) { log << setloglevel(9) << "left " << "open"; }
         int run() override
         {
-            openRecord(target);
+            openRecord(*VornLogging::getInstance());
             inRecord = true;
             for (;;) {
             }
         }
-        VornLogging& target;
-    } writer(*m_logger);
+    } writer;
     const auto start = std::chrono::steady_clock::now();
     writer.start();
     while (!inRecord) {

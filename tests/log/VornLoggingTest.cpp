@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <regex>
+#include <cstdio>
 #include <string>
 #include <thread>
 #include <vector>
@@ -13,9 +13,22 @@ using Lines = std::vector<std::string>;
 
 namespace {
 
+// "YYYYMMDD_HH:MM:SS <head>[thread] <text>" as "<head>[T] <text>"; any
+// other line as it is.
+std::string shaped(const std::string& line)
+{
+    int stamp = 0;
+    int thread = 0;
+    std::sscanf(line.c_str(), "%*8[0-9]_%*2[0-9]:%*2[0-9]:%*2[0-9] %n", &stamp);
+    const auto bracket = line.find('[', 18);
+    if (stamp == 18 && bracket != std::string::npos) {
+        std::sscanf(line.c_str() + bracket, "[%*d] %n", &thread);
+    }
+    return thread > 0 ? line.substr(18, bracket - 18) + "[T] " + line.substr(bracket + thread) : line;
+}
+
 // The lines written to stdout by a logger at the given level, installed for
-// the while. A line "YYYYMMDD_HH:MM:SS <head>[thread] <text>" comes back as
-// "<head>[T] <text>"; any other line as it is.
+// the while, shaped.
 template <class Writes>
 Lines linesAt(int level, Writes writes)
 {
@@ -24,11 +37,10 @@ Lines linesAt(int level, Writes writes)
     testing::internal::CaptureStdout();
     writes(log);
     const std::string output = testing::internal::GetCapturedStdout();
-    static const std::regex prefixed(R"(\d{8}_\d\d:\d\d:\d\d (.*)\[-?\d+\] (.*))");
     Lines lines;
     for (std::string::size_type start = 0, end; start < output.size(); start = end + 1) {
         end = std::min(output.find('\n', start), output.size());
-        lines.push_back(std::regex_replace(output.substr(start, end - start), prefixed, "$1[T] $2"));
+        lines.push_back(shaped(output.substr(start, end - start)));
     }
     return lines;
 }

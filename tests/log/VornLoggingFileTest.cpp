@@ -5,12 +5,11 @@
 
 #include "support/LibrarySignals.h"
 
-#include <unistd.h>
-
 #include <atomic>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <memory>
 #include <sstream>
@@ -24,30 +23,19 @@ namespace {
 
 std::string readFile(const std::string& path)
 {
-    std::ifstream in(path);
     std::ostringstream text;
-    text << in.rdbuf();
+    text << std::ifstream(path).rdbuf();
     return text.str();
-}
-
-bool exists(const std::string& path)
-{
-    return access(path.c_str(), F_OK) == 0;
 }
 
 // The number the logger will draw for its file name: the generator is set
 // to a known seed, the number drawn, and the seed set again.
-int nextFileNumber(unsigned seed)
+std::string nextFileNumber(unsigned seed)
 {
     std::srand(seed);
     const int number = std::rand();
     std::srand(seed);
-    return number;
-}
-
-bool endsWith(const std::string& text, const std::string& end)
-{
-    return text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
+    return std::to_string(number);
 }
 
 std::string opening(const std::string& name)
@@ -55,6 +43,7 @@ std::string opening(const std::string& name)
     return "VornLogging: Opening " + name + " for logging...\n";
 }
 
+// Each test works in a scratch directory of its own, its current directory.
 class VornLoggingFileTest : public ::testing::Test {
 protected:
     void SetUp() override
@@ -62,27 +51,30 @@ protected:
         char pattern[] = "/tmp/vsuptlogXXXXXX";
         ASSERT_NE(mkdtemp(pattern), nullptr);
         m_dir = pattern;
+        std::filesystem::current_path(m_dir);
     }
 
     void TearDown() override
     {
-        const std::string command = "rm -rf " + m_dir;
-        ASSERT_EQ(std::system(command.c_str()), 0);
+        m_logger.reset();
+        std::filesystem::current_path(m_previous);
+        std::filesystem::remove_all(m_dir);
     }
 
-    // A logger on a file named after base in the test's directory, with the
-    // generator set to seed; the "Opening" line is swallowed. Gives the
-    // file's name.
-    std::string openQuietly(std::unique_ptr<VornLogging>& logger, const std::string& base, unsigned seed, int level)
+    // A logger on a file named base.log, with the generator set to seed and
+    // its "Opening" line swallowed. Gives the file's name.
+    std::string openQuietly(const std::string& base, unsigned seed, int level)
     {
-        const std::string name = m_dir + "/" + base + std::to_string(nextFileNumber(seed)) + ".log";
+        const std::string name = base + nextFileNumber(seed) + ".log";
         testing::internal::CaptureStderr();
-        logger = std::make_unique<VornLogging>(m_dir + "/" + base, VornLogging::TargetFile, level);
+        m_logger = std::make_unique<VornLogging>(base + ".log", VornLogging::TargetFile, level);
         testing::internal::GetCapturedStderr();
         return name;
     }
 
+    const std::filesystem::path m_previous = std::filesystem::current_path();
     std::string m_dir;
+    std::unique_ptr<VornLogging> m_logger;
 };
 
 class VornLoggingQuietTimerSlowTest : public VornLoggingFileTest {};
@@ -90,76 +82,37 @@ class VornLoggingStressTest : public VornLoggingFileTest {};
 
 }  // namespace
 
-TEST_F(VornLoggingFileTest, ATargetWithoutTheFileBitOpensNoFile)
+TEST_F(VornLoggingFileTest, TheFileNameReplacesTheLastExtensionByANumberAndLog)
 {
-    testing::internal::CaptureStderr();
-    VornLogging logger(m_dir + "/app.cfg", VornLogging::TargetStdout, 5);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
-}
-
-TEST_F(VornLoggingFileTest, TheFileNameReplacesTheExtensionByANumberAndLog)
-{
-    const int number = nextFileNumber(11);
-    const std::string name = m_dir + "/app" + std::to_string(number) + ".log";
-    testing::internal::CaptureStderr();
-    {
-        VornLogging logger(m_dir + "/app.cfg", 3, 5);
-        EXPECT_EQ(testing::internal::GetCapturedStderr(), opening(name));
+    const struct {
+        const char* given;
+        const char* base;
+    } rows[] = {
+        {"app.cfg", "app"},
+        {"x.log", "x"},
+        {"service", "service"},
+        {"./service", ""},       // the last dot may be that of the directory
+        {"\"app.cfg\"", "app"},  // a leading quote goes, a closing one with the extension
+        {"\"app\"", "app\""},
+    };
+    unsigned seed = 11;
+    for (const auto& row : rows) {
+        const std::string name = row.base + nextFileNumber(++seed) + ".log";
+        testing::internal::CaptureStderr();
+        { VornLogging logger(row.given, VornLogging::TargetFile, 5); }
+        EXPECT_EQ(testing::internal::GetCapturedStderr(), opening(name)) << row.given;
+        EXPECT_TRUE(std::filesystem::exists(name)) << row.given;
     }
-    EXPECT_TRUE(exists(name));
-
-    const int again = nextFileNumber(12);
     testing::internal::CaptureStderr();
-    VornLogging sameExtension(m_dir + "/x.log", VornLogging::TargetFile, 5);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), opening(m_dir + "/x" + std::to_string(again) + ".log"));
-}
-
-TEST_F(VornLoggingFileTest, ANameWithoutExtensionGetsTheNumberAppended)
-{
-    const int number = nextFileNumber(13);
-    testing::internal::CaptureStderr();
-    VornLogging logger(m_dir + "/service", VornLogging::TargetFile, 5);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), opening(m_dir + "/service" + std::to_string(number) + ".log"));
-}
-
-TEST_F(VornLoggingFileTest, TheLastDotMayBeThatOfTheDirectory)
-{
-    char previous[4096];
-    ASSERT_NE(getcwd(previous, sizeof previous), nullptr);
-    ASSERT_EQ(chdir(m_dir.c_str()), 0);
-    const int number = nextFileNumber(14);
-    testing::internal::CaptureStderr();
-    {
-        VornLogging logger("./service", VornLogging::TargetFile, 5);
-    }
-    const std::string said = testing::internal::GetCapturedStderr();
-    const bool created = exists(std::to_string(number) + ".log");
-    ASSERT_EQ(chdir(previous), 0);
-    EXPECT_EQ(said, opening(std::to_string(number) + ".log"));
-    EXPECT_TRUE(created);
-}
-
-TEST_F(VornLoggingFileTest, ALeadingQuoteGoesAndAClosingOneLeavesWithTheExtension)
-{
-    const int number = nextFileNumber(15);
-    testing::internal::CaptureStderr();
-    {
-        VornLogging quoted("\"" + m_dir + "/app.cfg\"", VornLogging::TargetFile, 5);
-    }
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), opening(m_dir + "/app" + std::to_string(number) + ".log"));
-
-    const int next = nextFileNumber(16);
-    testing::internal::CaptureStderr();
-    VornLogging noExtension("\"" + m_dir + "/app\"", VornLogging::TargetFile, 5);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), opening(m_dir + "/app\"" + std::to_string(next) + ".log"));
+    { VornLogging logger("app.cfg", VornLogging::TargetStdout, 5); }
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "") << "no file without the file bit";
 }
 
 TEST_F(VornLoggingFileTest, AFileThatCannotBeOpenedIsToldOnStderrAndStdoutStillGetsRecords)
 {
-    const int number = nextFileNumber(17);
-    const std::string name = m_dir + "/missing/app" + std::to_string(number) + ".log";
+    const std::string name = "missing/app" + nextFileNumber(17) + ".log";
     testing::internal::CaptureStderr();
-    VornLogging logger(m_dir + "/missing/app", 3, 5);
+    VornLogging logger("missing/app", 3, 5);
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
               opening(name) + "VornLogging: Cannot open log file " + name + " (2)\n");
     testing::internal::CaptureStdout();
@@ -168,40 +121,26 @@ TEST_F(VornLoggingFileTest, AFileThatCannotBeOpenedIsToldOnStderrAndStdoutStillG
     EXPECT_NE(out.find("] still here\n"), std::string::npos) << out;
 }
 
-TEST_F(VornLoggingFileTest, RecordsForTheFileBitGoToTheFile)
-{
-    std::unique_ptr<VornLogging> logger;
-    const std::string name = openQuietly(logger, "app", 18, 5);
-    testing::internal::CaptureStdout();
-    *logger << setloglevel(5) << "to the file" << endrecord;
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
-    const std::string text = readFile(name);
-    EXPECT_TRUE(endsWith(text, "] to the file\n")) << text;
-}
-
-TEST_F(VornLoggingFileTest, SetTargetClosesAndOpensTheFileWithTheBit)
+TEST_F(VornLoggingFileTest, SetTargetClosesAndOpensTheFileWithTheFileBit)
 {
     std::srand(19);
-    const int first = std::rand();
-    const int second = std::rand();
-    std::srand(19);
-    const std::string firstName = m_dir + "/app" + std::to_string(first) + ".log";
-    testing::internal::CaptureStderr();
-    VornLogging logger(m_dir + "/app", 3, 5);
-    testing::internal::GetCapturedStderr();
-
+    std::rand();
+    const std::string second = "app" + std::to_string(std::rand()) + ".log";
+    const std::string first = openQuietly("app", 19, 5);
     testing::internal::CaptureStdout();
-    logger.setTarget(VornLogging::TargetStdout);
-    logger << setloglevel(5) << "stdout only" << endrecord;
-    testing::internal::GetCapturedStdout();
-    EXPECT_EQ(readFile(firstName), "");
+    *m_logger << setloglevel(5) << "to the file" << endrecord;
+    m_logger->setTarget(VornLogging::TargetStdout);
+    *m_logger << setloglevel(5) << "stdout only" << endrecord;
+    const std::string out = testing::internal::GetCapturedStdout();
+    EXPECT_EQ(out.find("to the file"), std::string::npos) << out;
+    const std::string text = readFile(first);
+    EXPECT_EQ(text.substr(text.find("] ")), "] to the file\n") << text;
 
     testing::internal::CaptureStderr();
-    logger.setTarget(3);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), opening(m_dir + "/app" + std::to_string(second) + ".log"));
-
+    m_logger->setTarget(3);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), opening(second));
     testing::internal::CaptureStderr();
-    logger.setTarget(VornLogging::TargetFile);
+    m_logger->setTarget(VornLogging::TargetFile);
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
@@ -209,29 +148,22 @@ TEST_F(VornLoggingFileTest, SetTargetClosesAndOpensTheFileWithTheBit)
 // writer was cancelled; the test's thread sleeps meanwhile.
 TEST_F(VornLoggingQuietTimerSlowTest, ARecordLeftOpenByAKilledWriterIsFinishedAfterAMinute)
 {
-    std::unique_ptr<VornLogging> opened;
-    const std::string name = openQuietly(opened, "quiet", 21, 9);
-    VornLogging& logger = *opened;
-    VornLogging::setInstance(logger);
+    const std::string name = openQuietly("quiet", 21, 9);
+    VornLogging::setInstance(*m_logger);
 
     static std::atomic<bool> inRecord{false};
     // The record is opened in a frame of its own: the body that is killed
     // has nothing to destroy.
     struct Writer : VornThread {
-        explicit Writer(VornLogging& log) : logger(log) {}
-        static __attribute__((noinline)) void openRecord(VornLogging& log)
-        {
-            log << setloglevel(9) << "left " << "open";
-        }
+        static __attribute__((noinline)) void openRecord(VornLogging& log) { log << setloglevel(9) << "left " << "open"; }
         int run() override
         {
-            openRecord(logger);
+            openRecord(*VornLogging::getInstance());
             inRecord = true;
             for (;;) {
             }
         }
-        VornLogging& logger;
-    } writer(logger);
+    } writer;
     const auto start = std::chrono::steady_clock::now();
     writer.start();
     while (!inRecord) {
@@ -243,18 +175,18 @@ TEST_F(VornLoggingQuietTimerSlowTest, ARecordLeftOpenByAKilledWriterIsFinishedAf
     std::this_thread::sleep_until(start + std::chrono::seconds(50));
     EXPECT_EQ(readFile(name), "");
     std::string text;
-    while (text.find("timerElapsed") == std::string::npos &&
-           std::chrono::steady_clock::now() < start + std::chrono::seconds(90)) {
+    while (text.find("timerElapsed") == std::string::npos && std::chrono::steady_clock::now() < start + std::chrono::seconds(90)) {
         std::this_thread::sleep_for(std::chrono::milliseconds(200));
         text = readFile(name);
     }
-    const auto firstLineEnd = text.find('\n');
-    ASSERT_NE(firstLineEnd, std::string::npos) << text;
-    const std::string firstLine = text.substr(0, firstLineEnd + 1);
-    EXPECT_NE(firstLine.find(" 9 Global     ["), std::string::npos) << text;
-    EXPECT_TRUE(endsWith(firstLine, "] left open\n")) << text;
-    EXPECT_TRUE(endsWith(text, "] VornLogging::timerElapsed: called (NOTE: This message only appears and repeats when "
-                               "LogLevel = 9)\n"))
+    std::istringstream lines(text);
+    std::string open, elapsed;
+    std::getline(lines, open);
+    std::getline(lines, elapsed);
+    EXPECT_EQ(open.substr(17, 15), " 9 Global     [") << text;
+    EXPECT_EQ(open.substr(open.find("] ")), "] left open") << text;
+    EXPECT_EQ(elapsed.substr(elapsed.find("] ")),
+              "] VornLogging::timerElapsed: called (NOTE: This message only appears and repeats when LogLevel = 9)")
         << text;
 }
 
@@ -262,19 +194,15 @@ TEST_F(VornLoggingQuietTimerSlowTest, ARecordLeftOpenByAKilledWriterIsFinishedAf
 // timer raises is handled by the test's main thread, idle in its joins.
 TEST_F(VornLoggingStressTest, ManyWritersOfSeveralItemsNeverMixTheirRecords)
 {
-    std::unique_ptr<VornLogging> opened;
-    const std::string name = openQuietly(opened, "stress", 23, 9);
-    VornLogging& logger = *opened;
-
+    const std::string name = openQuietly("stress", 23, 9);
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(18);
     std::atomic<long> written{0};
     std::vector<std::thread> writers;
     for (int w = 0; w < 6; ++w) {
         writers.emplace_back([&, w] {
             blockLibrarySignals();
-            for (long i = 0; std::chrono::steady_clock::now() < end; ++i) {
-                logger << setloglevel(1) << "w" << w << " a" << i << " b" << i << " c" << i << " d" << i << endrecord;
-                ++written;
+            for (long i = 0; std::chrono::steady_clock::now() < end; ++i, ++written) {
+                *m_logger << setloglevel(1) << "w" << w << " a" << i << " b" << i << " c" << i << " d" << i << endrecord;
             }
         });
     }
@@ -282,19 +210,13 @@ TEST_F(VornLoggingStressTest, ManyWritersOfSeveralItemsNeverMixTheirRecords)
         writer.join();
     }
     std::ifstream in(name);
-    std::string line;
-    long lines = 0;
-    long mixed = 0;
-    while (std::getline(in, line)) {
-        ++lines;
-        const auto bracket = line.find("] ");
+    long lines = 0, mixed = 0;
+    for (std::string line; std::getline(in, line); ++lines) {
+        const std::string text = line.substr(line.find("] ") + 2);
         long a = -1, b = -2, c = -3, d = -4;
         int w = -1, used = 0;
-        const std::string text = bracket == std::string::npos ? line : line.substr(bracket + 2);
         std::sscanf(text.c_str(), "w%d a%ld b%ld c%ld d%ld%n", &w, &a, &b, &c, &d, &used);
-        if (!(a == b && b == c && c == d && used == static_cast<int>(text.size()))) {
-            ++mixed;
-        }
+        mixed += a == b && b == c && c == d && used == static_cast<int>(text.size()) ? 0 : 1;
     }
     EXPECT_EQ(lines, written);
     EXPECT_EQ(mixed, 0);

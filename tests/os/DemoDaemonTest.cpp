@@ -20,8 +20,7 @@ namespace {
 // Ended and reaped, or ended and not yet reaped by whoever adopted it.
 bool gone(pid_t pid)
 {
-    const std::string stat = readFile("/proc/" + std::to_string(pid) + "/stat");
-    return kill(pid, 0) != 0 || stat.find(") Z ") != std::string::npos;
+    return kill(pid, 0) != 0 || readFile("/proc/" + std::to_string(pid) + "/stat").find(") Z ") != std::string::npos;
 }
 
 template <class Condition>
@@ -57,8 +56,7 @@ protected:
         const std::filesystem::path previous = std::filesystem::current_path();
         std::filesystem::current_path(scratch.path());
         int status = -1;
-        EXPECT_TRUE(VornExecuteProgram(std::string(VSUPT_DEMO_FILE) + " -config " + VSUPT_DEMO_CONFIG + " -pidfile " +
-                                           pidFile,
+        EXPECT_TRUE(VornExecuteProgram(std::string(VSUPT_DEMO_FILE) + " -config " + VSUPT_DEMO_CONFIG + " -pidfile " + pidFile,
                                        true, nullptr, &status));
         std::filesystem::current_path(previous);
         return status;
@@ -94,7 +92,7 @@ TEST_F(DemoDaemonTest, StartsWithStatusZeroLogsHeartbeatsAndStopsOnceAtSigterm)
     }
     EXPECT_EQ(1, stops);
     EXPECT_NE(std::string::npos, log().find("] main returns\n"));
-    EXPECT_FALSE(exists(scratch / "demo.pid"));
+    EXPECT_FALSE(std::filesystem::exists(scratch / "demo.pid"));
 }
 
 TEST_F(DemoDaemonTest, FailedServiceStartGivesStatusOne)

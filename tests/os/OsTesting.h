@@ -5,7 +5,6 @@
 
 #include <unistd.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -15,15 +14,13 @@
 // A fresh directory under /tmp, removed with all it holds at the end.
 class ScratchDirectory {
 public:
-    ScratchDirectory() : m_path(mkdtemp(m_name)) {}
     ~ScratchDirectory() { std::filesystem::remove_all(m_path); }
-
     const std::string& path() const { return m_path; }
     std::string operator/(const std::string& name) const { return m_path + "/" + name; }
 
 private:
     char m_name[21] = "/tmp/vsupt-os-XXXXXX";
-    std::string m_path;
+    const std::string m_path = mkdtemp(m_name);
 };
 
 inline void writeFile(const std::string& path, const std::string& text)
@@ -36,11 +33,6 @@ inline std::string readFile(const std::string& path)
     std::ostringstream text;
     text << std::ifstream(path).rdbuf();
     return text.str();
-}
-
-inline bool exists(const std::string& path)
-{
-    return access(path.c_str(), F_OK) == 0;
 }
 
 inline long openDescriptors()

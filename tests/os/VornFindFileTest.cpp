@@ -7,38 +7,24 @@
 #include <set>
 
 using namespace VornSupport;
+using Names = std::set<std::string>;
 
 namespace {
 
-std::set<std::string> findAll(const std::string& fileSpec)
+Names findAll(const std::string& fileSpec)
 {
-    std::set<std::string> found;
+    Names found;
     for (VornFindFile find(fileSpec); find.hasMore();) {
         found.insert(find.next());
     }
     return found;
 }
 
-// scratch/a/b holding x1, x2 and y.
-class VornFindFileTest : public testing::Test {
-protected:
-    void SetUp() override
-    {
-        std::filesystem::create_directories(b);
-        for (const char* name : {"x1", "x2", "y"}) {
-            writeFile(b + "/" + name, name);
-        }
-    }
-
-    ScratchDirectory scratch;
-    const std::string b = scratch / "a/b";
-};
-
 }  // namespace
 
-TEST(VornFindFilePatternTest, PatternsMatchWholeNamesByteForByte)
+TEST(VornFindFileTest, PatternsMatchWholeNamesByteForByte)
 {
-    for (const char* pattern : {"d*.txt", "*", "????.txt", "data.tx?", "d***a.txt", "*a*a*", "data.txt"}) {
+    for (const char* pattern : {"d*.txt", "????.txt", "data.tx?", "d***a.txt", "*a*a*"}) {
         EXPECT_TRUE(FindFileImplementation::IsPatternMatch(pattern, "data.txt")) << pattern;
     }
     for (const char* pattern : {"data", "DATA.TXT", "*.tx", "?????.txt", "*a*a*a*", ""}) {
@@ -48,33 +34,37 @@ TEST(VornFindFilePatternTest, PatternsMatchWholeNamesByteForByte)
     EXPECT_FALSE(FindFileImplementation::IsPatternMatch("?", ""));
 }
 
-TEST_F(VornFindFileTest, MatchesCarryTheDirectoryPartAndEndEmpty)
+// A pattern alone, or after a leading separator, searches the current
+// directory; either separator splits, and matches are joined with "/".
+TEST(VornFindFileTest, MatchesCarryTheDirectoryPartAndEndEmpty)
 {
-    EXPECT_EQ((std::set<std::string>{b + "/x1", b + "/x2"}), findAll(b + "/x*"));
-    EXPECT_EQ((std::set<std::string>{b + "/.", b + "/..", b + "/x1", b + "/x2", b + "/y"}), findAll(b + "/"));
-    // A backslash splits as well; the result is joined with "/".
+    ScratchDirectory scratch;
+    const std::string b = scratch / "a/b";
+    std::filesystem::create_directories(b);
+    for (const char* name : {"x1", "x2", "y"}) {
+        writeFile(b + "/" + name, name);
+    }
+    EXPECT_EQ((Names{b + "/x1", b + "/x2"}), findAll(b + "/x*"));
+    EXPECT_EQ((Names{b + "/.", b + "/..", b + "/x1", b + "/x2", b + "/y"}), findAll(b + "/"));
     VornFindFile find(b + "\\y");
     EXPECT_EQ(b + "/y", find.next());
     EXPECT_FALSE(find.hasMore());
     EXPECT_EQ("", find.next());
-    EXPECT_FALSE(find.hasMore());
-}
 
-TEST_F(VornFindFileTest, PatternAloneOrAfterALeadingSeparatorSearchesTheCurrentDirectory)
-{
     const std::filesystem::path previous = std::filesystem::current_path();
     std::filesystem::current_path(b);
-    EXPECT_EQ((std::set<std::string>{".", "..", "x1", "x2", "y"}), findAll("*"));
-    EXPECT_EQ((std::set<std::string>{"x1", "x2"}), findAll("/x*"));
+    EXPECT_EQ((Names{".", "..", "x1", "x2", "y"}), findAll("*"));
+    EXPECT_EQ((Names{"x1", "x2"}), findAll("/x*"));
     std::filesystem::current_path(previous);
 }
 
-TEST_F(VornFindFileTest, UnreadableDirectoryFindsNothingAndSearchesCloseTheirStream)
+TEST(VornFindFileTest, UnreadableDirectoryFindsNothingAndSearchesCloseTheirStream)
 {
+    ScratchDirectory scratch;
     EXPECT_FALSE(VornFindFile(scratch / "missing/*").hasMore());
     const long before = openDescriptors();
     {
-        VornFindFile find(b + "/*");
+        VornFindFile find(scratch.path() + "/*");
         EXPECT_EQ(before + 1, openDescriptors());
     }
     EXPECT_EQ(before, openDescriptors());

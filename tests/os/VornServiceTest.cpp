@@ -1,4 +1,6 @@
 #include <vsupt/VornService.h>
+#include <vsupt/VornServiceControl.h>
+#include <vsupt/VornServiceControlException.h>
 
 #include <gtest/gtest.h>
 
@@ -8,6 +10,7 @@
 #include <atomic>
 #include <chrono>
 #include <csignal>
+#include <memory>
 #include <thread>
 
 using namespace VornSupport;
@@ -15,28 +18,23 @@ using namespace std::chrono_literals;
 
 namespace {
 
-class RecordingService : public VornService {
-public:
-    explicit RecordingService(bool startResult, std::chrono::seconds startDelay = 0s)
-        : VornService("zero", "recorder", "two", "three", true), m_bStartResult(startResult), m_startDelay(startDelay)
+struct RecordingService : VornService {
+    explicit RecordingService(bool result, std::chrono::seconds delay = 0s)
+        : VornService("zero", "recorder", "two", "three", true), result(result), delay(delay)
     {
     }
-
     bool serviceStart(const std::string&) override
     {
-        ++m_starts;
-        std::this_thread::sleep_for(m_startDelay);
-        return m_bStartResult;
+        ++starts;
+        std::this_thread::sleep_for(delay);
+        return result;
     }
-
-    bool serviceStop() override { return ++m_stops > 0; }
-
+    bool serviceStop() override { return ++stops > 0; }
     void markStopped() { m_state = Stopped; }
 
-    const bool m_bStartResult;
-    const std::chrono::seconds m_startDelay;
-    std::atomic<int> m_starts{0};
-    std::atomic<int> m_stops{0};
+    const bool result;
+    const std::chrono::seconds delay;
+    std::atomic<int> starts{0}, stops{0};
 };
 
 }  // namespace
@@ -55,17 +53,14 @@ TEST(VornServiceTest, ForegroundServiceRunsUntilStoppedAndIgnoresASecondStart)
     EXPECT_TRUE(service.start("first", false));
     stopper.join();
     EXPECT_TRUE(secondStart);
-    EXPECT_EQ(1, service.m_starts);
-    EXPECT_EQ(1, service.m_stops);
+    EXPECT_EQ(1, service.starts);
+    EXPECT_EQ(1, service.stops);
     EXPECT_EQ(VornService::Stopped, service.state());
-}
 
-TEST(VornServiceTest, FailedForegroundStartReturnsFalseWithoutStopping)
-{
-    RecordingService service(false);
-    EXPECT_FALSE(service.start("", false));
-    EXPECT_EQ(0, service.m_stops);
-    EXPECT_EQ(VornService::Stopped, service.state());
+    RecordingService failing(false);
+    EXPECT_FALSE(failing.start("", false));
+    EXPECT_EQ(0, failing.stops) << "a failed start is not stopped";
+    EXPECT_EQ(VornService::Stopped, failing.state());
 }
 
 // The handler remembers the first signal for the life of the process, so
@@ -99,4 +94,22 @@ TEST(VornServiceSlowTest, ParentGivesUpAfterSixtySecondsWithMinusThree)
     int status = 0;
     ASSERT_EQ(parent, waitpid(parent, &status, 0));
     EXPECT_EQ(253, WEXITSTATUS(status));
+}
+
+TEST(VornServiceControlTest, EveryOperationThrowsNinetyNine)
+{
+    std::unique_ptr<VornServiceControl> control(VornServiceControl::CreateVornServiceControl(""));
+    try {
+        control->IsServiceInstalled();
+        FAIL() << "answered";
+    } catch (VornServiceControlException& error) {
+        EXPECT_EQ(99, error.m_nError);
+        EXPECT_EQ(0, error.m_nDetail);
+    }
+    EXPECT_THROW(control->StartService(), VornServiceControlException);
+    EXPECT_THROW(control->StopService(), VornServiceControlException);
+    EXPECT_THROW(control->RestartService(), VornServiceControlException);
+    EXPECT_THROW(control->GetServiceStatus(), VornServiceControlException);
+    EXPECT_THROW(control->GetServiceStartType(), VornServiceControlException);
+    EXPECT_THROW(control->SetServiceStartType(2), VornServiceControlException);
 }

@@ -6,20 +6,16 @@
 #include <thread>
 #include <vector>
 
-using log_records::recordsAt;
-
 namespace {
 
 // Several producers and consumers at once are the example program's run.
-class CountingQueue : public SynchronizedQueue<int> {
-public:
+struct CountingQueue : SynchronizedQueue<int> {
     void clear() override
     {
-        ++m_clears;
+        ++clears;
         SynchronizedQueue<int>::clear();
     }
-
-    int m_clears = 0;
+    int clears = 0;
 };
 
 }  // namespace
@@ -36,7 +32,7 @@ TEST(VornBaseProducerConsumerTest, ASentinelWithoutClearingLetsTheConsumerDrainT
     EXPECT_TRUE(pair.consume(item) && item == 1);
     EXPECT_TRUE(pair.consume(item) && item == 2);
     EXPECT_FALSE(pair.consume(item));
-    EXPECT_EQ(queue.m_clears, 0);
+    EXPECT_EQ(queue.clears, 0);
 }
 
 TEST(VornBaseProducerConsumerTest, ASentinelWithClearingEmptiesTheQueueOnceAndEndsEveryConsumer)
@@ -46,12 +42,11 @@ TEST(VornBaseProducerConsumerTest, ASentinelWithClearingEmptiesTheQueueOnceAndEn
     std::vector<std::thread> consumers;
     for (int i = 0; i < 3; ++i) {
         consumers.emplace_back([&] {
-            int item;
-            while (pair.consume(item)) {
+            for (int item; pair.consume(item);) {
             }
         });
     }
-    const auto records = recordsAt(9, [&] {
+    const auto records = log_records::recordsAt(9, [&] {
         queue.push(8);
         queue.push(9);
         pair.produceSentinel(true);
@@ -59,9 +54,8 @@ TEST(VornBaseProducerConsumerTest, ASentinelWithClearingEmptiesTheQueueOnceAndEn
     for (std::thread& consumer : consumers) {
         consumer.join();
     }
-    EXPECT_EQ(queue.m_clears, 1);
+    EXPECT_EQ(queue.clears, 1);
     EXPECT_EQ(queue.size(), 0u);
-    EXPECT_EQ(records, (std::vector<std::string>{"VornBaseProducerConsumer::produceSentinel: waiting for lock",
-                                                 "VornBaseProducerConsumer::produceSentinel: adding sentinel",
-                                                 "VornBaseProducerConsumer::produceSentinel: clearing queue"}));
+    const std::string at = "VornBaseProducerConsumer::produceSentinel: ";
+    EXPECT_EQ(records, (std::vector<std::string>{at + "waiting for lock", at + "adding sentinel", at + "clearing queue"}));
 }

@@ -18,58 +18,49 @@ using Records = std::vector<std::string>;
 namespace {
 
 // Notes the thread of each timerExpired in a list of the test's.
-class Ticker : public VornEventTimerThread {
-public:
-    Ticker(VornTimer& timer, std::vector<unsigned long>& threads)
-        : VornEventTimerThread("Ticker", timer), m_threads(threads)
-    {
-    }
-
+struct Ticker : VornEventTimerThread {
+    Ticker(VornTimer& timer, std::vector<unsigned long>& threads) : VornEventTimerThread("Ticker", timer), threads(threads) {}
     void timerExpired() override
     {
-        m_threads.push_back(getCurrentThreadId());
-        ++m_count;
+        threads.push_back(getCurrentThreadId());
+        ++count;
     }
-
-    std::vector<unsigned long>& m_threads;
-    std::atomic<std::size_t> m_count{0};
+    std::vector<unsigned long>& threads;
+    std::atomic<std::size_t> count{0};
 };
 
-// The destructor's records, without those of the timer.
+// The destructor's own records, without those of the timer.
 Records destroy(Ticker* ticker)
 {
-    Records own;
+    const std::string own = "VornEventTimerThread::~VornEventTimerThread: ";
+    Records texts;
     for (const std::string& text : log_records::recordsAt(9, [&] { delete ticker; })) {
-        if (text.rfind("VornEventTimerThread::~VornEventTimerThread: ", 0) == 0) {
-            own.push_back(text.substr(45));
+        if (text.rfind(own, 0) == 0) {
+            texts.push_back(text.substr(own.size()));
         }
     }
-    return own;
+    return texts;
 }
 
 }  // namespace
 
-TEST(VornEventTimerThreadTest, AThreadNeverStartedIsDestroyedWithoutWaiting)
-{
-    VornTimer timer;
-    std::vector<unsigned long> threads;
-    EXPECT_EQ(destroy(new Ticker(timer, threads)), (Records{"entering", "exiting"}));
-}
-
 // The test's own thread sleeps while the timer fires, and destroys the
-// object just after an expiry, so that the destructor finds it asleep.
+// object just after an expiry, so that the destructor finds it asleep. A
+// thread never started is destroyed without waiting.
 TEST(VornEventTimerThreadTest, EachExpiryRunsOnTheThreadItselfUntilTheObjectGoes)
 {
     VornTimer timer;
     std::vector<unsigned long> threads;
+    EXPECT_EQ(destroy(new Ticker(timer, threads)), (Records{"entering", "exiting"}));
+
     auto* ticker = new Ticker(timer, threads);
     ticker->start();
     timer.start(1, 0, false);
     std::this_thread::sleep_for(std::chrono::milliseconds(2200));
-    for (const std::size_t seen = ticker->m_count; ticker->m_count == seen;) {
+    for (const std::size_t seen = ticker->count; ticker->count == seen;) {
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }
-    const std::size_t expiries = ticker->m_count;
+    const std::size_t expiries = ticker->count;
     EXPECT_EQ(destroy(ticker), (Records{"entering", "setting exit event", "waiting for thread to exit", "exiting"}));
     timer.stop();
 

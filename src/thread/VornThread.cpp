@@ -33,8 +33,9 @@ namespace VornSupport {
 namespace {
 
 // Threads that have deleted their object and wait to be joined by the relay
-// on behalf of the SIGUSR2 handler. They are built before the library's start-up object and
-// so go after its stop sequence, which ends the making of timer threads.
+// on behalf of the SIGUSR2 handler. They are built before the library's
+// start-up object and so go after its stop sequence, which ends the making
+// of timer threads.
 VornCriticalSectionObject g_exitThreadLock __attribute__((init_priority(101)));
 std::vector<unsigned long> g_vExitThreads __attribute__((init_priority(101)));
 

@@ -29,6 +29,7 @@ sem_t g_wakeUp;
 bool g_initialised = false;
 
 pthread_mutex_t g_mutex = PTHREAD_MUTEX_INITIALIZER;
+pthread_mutex_t g_performing = PTHREAD_MUTEX_INITIALIZER;
 pthread_t g_thread;
 bool g_hasThread = false;  // started and not yet joined
 bool g_running = false;    // started and not yet decided to end
@@ -38,10 +39,13 @@ int g_holds = 0;
 
 class MutexGuard {
 public:
-    MutexGuard() { pthread_mutex_lock(&g_mutex); }
-    ~MutexGuard() { pthread_mutex_unlock(&g_mutex); }
+    explicit MutexGuard(pthread_mutex_t& mutex = g_mutex) : m_mutex(mutex) { pthread_mutex_lock(&m_mutex); }
+    ~MutexGuard() { pthread_mutex_unlock(&m_mutex); }
     MutexGuard(const MutexGuard&) = delete;
     MutexGuard& operator=(const MutexGuard&) = delete;
+
+private:
+    pthread_mutex_t& m_mutex;
 };
 
 bool anythingPosted()
@@ -58,6 +62,7 @@ void performPostedWork()
 {
     for (int work = 0; work < SignalRelay::WorkKinds; ++work) {
         unsigned posts = g_posted[work].exchange(0);
+        MutexGuard performing(g_performing);
         const Performer& performer = g_performers[work];
         if (posts == 0 || performer.run == nullptr) {
             continue;
@@ -130,8 +135,10 @@ void startIfNotRunning()
     }
 }
 
-// The fork handlers keep the relay's mutex consistent in the child, which
-// has no relay and must start its own.
+// The fork handlers keep the relay's state mutex consistent in the child,
+// which has no relay and must start its own. The performing mutex is not
+// waited for before a fork, since the forking thread may hold a lock the
+// performer needs; the child, which has no relay, makes it anew.
 void lockBeforeFork()
 {
     pthread_mutex_lock(&g_mutex);
@@ -147,6 +154,7 @@ void forgetRelayInChild()
     g_hasThread = false;
     g_running = false;
     sem_init(&g_wakeUp, 0, 0);
+    pthread_mutex_init(&g_performing, nullptr);
     pthread_mutex_unlock(&g_mutex);
 }
 
@@ -167,6 +175,12 @@ void SignalRelay::setPerformer(Work work, void (*performer)(), bool everyPost)
     initialiseOnce();
     g_performers[work].run = performer;
     g_performers[work].everyPost = everyPost;
+}
+
+void SignalRelay::withdraw(Work work)
+{
+    MutexGuard performing(g_performing);
+    g_performers[work].run = nullptr;
 }
 
 void SignalRelay::post(Work work)

@@ -17,8 +17,9 @@
 // and starts one at its next hold.
 //
 // post is for signal handlers and may run anywhere. hold and release may run
-// on any thread, with any of the library's locks held: the relay's own mutex
-// is a leaf, and the relay does its work without it.
+// on any thread, with any of the library's locks held: the relay's state
+// mutex is a leaf, and the relay does its work without it. Each performer
+// runs under a second mutex of its own, which withdraw waits for.
 #ifndef VSUPT_SIGNALRELAY_H
 #define VSUPT_SIGNALRELAY_H
 
@@ -32,6 +33,9 @@ public:
     // performer given everyPost runs once per post; others run once however
     // many posts came since they last ran.
     static void setPerformer(Work work, void (*performer)(), bool everyPost);
+    // For the stop sequence: waits until no performer of that work runs, and
+    // runs none after. The caller must hold no lock that a performer takes.
+    static void withdraw(Work work);
     // Safe in a signal handler; keeps errno.
     static void post(Work work);
     static void hold();

@@ -85,8 +85,11 @@ void VSUPTInitVornTimer()
     installLibrarySignalHandler(SIGUSR1, SignalHandler);
 }
 
+// The relay may be about to arm or scan for the manager that goes here.
 void VSUPTFinitVornTimer()
 {
+    SignalRelay::withdraw(SignalRelay::ArmIntervalTimer);
+    SignalRelay::withdraw(SignalRelay::StartTimerThread);
     VornTimerManager::deleteInstance();
 }
 

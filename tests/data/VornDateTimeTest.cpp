@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include "support/ThrownText.h"
+
 #include <climits>
 #include <cstdlib>
 #include <ctime>
@@ -38,17 +40,6 @@ VornDateTime dateOf(unsigned int day, unsigned int month, unsigned int year, uns
     std::string error;
     EXPECT_TRUE(date.setDateTimeImpl(day, month, year - 1900, hour, minute, second, error)) << error;
     return date;
-}
-
-template <class Body>
-std::string textThrown(Body body)
-{
-    try {
-        body();
-    } catch (const VornInvalidDateException& error) {
-        return error.getText();
-    }
-    return "nothing thrown";
 }
 
 class VornDateTimeTest : public ::testing::Test {
@@ -121,8 +112,8 @@ TEST_F(VornDateTimeTest, InvalidDatesAndFieldsAreRefusedAndKeepTheValue)
     february30.tm_year = 109;
     EXPECT_FALSE(date.setDateTimeFromTmImpl(february30, error));
     EXPECT_EQ(error, thrown);
-    EXPECT_EQ(textThrown([&] { date = february30; }), thrown);
-    EXPECT_EQ(textThrown([&] { date.setDateTime("12/31/2009", error); }), thrown);
+    EXPECT_EQ(textThrown<VornInvalidDateException>([&] { date = february30; }), thrown);
+    EXPECT_EQ(textThrown<VornInvalidDateException>([&] { date.setDateTime("12/31/2009", error); }), thrown);
     EXPECT_EQ(fieldsOf(date), "15.1.2009 12:0:0");
 
     // The field checks only report.

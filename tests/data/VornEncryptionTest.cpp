@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include "support/ThrownText.h"
+
 #include <stdexcept>
 #include <string>
 
@@ -48,17 +50,6 @@ std::string encrypted(VornEncryption::Strength strength, const std::string& key,
     VornEncryption cipher(strength);
     cipher.encryptData(key, input, output);
     return output;
-}
-
-template <class Body>
-std::string textThrown(Body body)
-{
-    try {
-        body();
-    } catch (const VornInvalidEncryptionException& error) {
-        return error.getText();
-    }
-    return "nothing thrown";
 }
 
 const std::string kKey = "secret key";
@@ -126,7 +117,7 @@ TEST(VornEncryptionTest, EmptyKeysUnknownModesAndKeyLengthsBeyondTheKeyAreRefuse
     EXPECT_FALSE(cipher.decryptDataImpl("", empty, output, error));
     EXPECT_EQ(error, "The key passed is empty");
     std::string input = "data";
-    EXPECT_EQ(textThrown([&] { cipher.encryptData("", input, output); }),
+    EXPECT_EQ(textThrown<VornInvalidEncryptionException>([&] { cipher.encryptData("", input, output); }),
               "VornInvalidEncryptionException - The key passed is empty");
     EXPECT_THROW(cipher.decryptData("", input, output), VornInvalidEncryptionException);
     output = "kept";
@@ -135,7 +126,7 @@ TEST(VornEncryptionTest, EmptyKeysUnknownModesAndKeyLengthsBeyondTheKeyAreRefuse
     EXPECT_TRUE(cipher.decryptDataImpl(kKey, empty, output, error));
     EXPECT_EQ(output, "");
 
-    EXPECT_EQ(textThrown([&] { cipher.initialize(kKey, 3, static_cast<VornEncryption::tMode>(2), SBlock(0, 0)); }),
+    EXPECT_EQ(textThrown<VornInvalidEncryptionException>([&] { cipher.initialize(kKey, 3, static_cast<VornEncryption::tMode>(2), SBlock(0, 0)); }),
               "VornInvalidEncryptionException - The mode is not initialized properly");
     EXPECT_THROW(cipher.initialize("abc", 4, VornEncryption::ModeECB, SBlock(0, 0)), std::out_of_range);
     EXPECT_THROW(cipher.initialize("abc", 0, VornEncryption::ModeECB, SBlock(0, 0)), std::out_of_range);

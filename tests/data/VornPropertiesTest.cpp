@@ -1,4 +1,5 @@
 #include "support/LogRecords.h"
+#include "support/ThrownText.h"
 
 #include <vsupt/PropertyChanged.h>
 #include <vsupt/VornDependent.h>
@@ -24,17 +25,6 @@ using Values = std::vector<std::string>;
 using Table = std::map<std::string, Values>;
 
 // The text of the exception of type E that body throws.
-template <class E, class Body>
-std::string textThrown(Body body)
-{
-    try {
-        body();
-    } catch (const E& error) {
-        return error.getText();
-    }
-    return "nothing thrown";
-}
-
 // Little-endian code units behind the mark.
 std::string utf16(const std::u16string& text)
 {

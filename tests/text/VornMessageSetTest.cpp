@@ -1,4 +1,4 @@
-#include "ThrownText.h"
+#include "support/ThrownText.h"
 
 #include <vsupt/VornException.h>
 #include <vsupt/VornMessageSet.h>
@@ -34,7 +34,7 @@ protected:
 TEST_F(VornMessageSetTest, TheBaseFileIsRequiredEvenWithALanguageFile)
 {
     write("_C", "a=language\n");
-    EXPECT_EQ(thrownText([&] { load(); }),
+    EXPECT_EQ(thrownTextAndCode([&] { load(); }),
               "VornProperties<StringType>::loadProperties: couldn't open file " + base() + ".pro (0)");
 }
 

@@ -1,4 +1,4 @@
-#include "ThrownText.h"
+#include "support/ThrownText.h"
 
 #include <vsupt/VornException.h>
 #include <vsupt/VornProgramOptions.h>
@@ -52,13 +52,13 @@ TEST(VornProgramOptionsTest, StrictModeStoresDeclaredOptionsByTheirDashForm)
 
 TEST(VornProgramOptionsTest, StrictModeFailuresNameTheOption)
 {
-    EXPECT_EQ(thrownText([] { strict("-z"); }), "VornProgramOptions::parse: Unrecognized option: -z (0)");
-    EXPECT_EQ(thrownText([] { strict("--z=1"); }), "VornProgramOptions::parse: Unrecognized option: --z (0)");
-    EXPECT_EQ(thrownText([] { strict("-"); }), "VornProgramOptions::parse: Unrecognized option: - (0)");
-    EXPECT_EQ(thrownText([] { strict("--"); }), "VornProgramOptions::parse: Unrecognized option: -- (0)");
-    EXPECT_EQ(thrownText([] { strict("--", ":a::b:"); }), "nothing thrown");
-    EXPECT_EQ(thrownText([] { strict("-b"); }), "VornProgramOptions::parse: option data not available for: -b (0)");
-    EXPECT_EQ(thrownText([] { strict("-file"); }),
+    EXPECT_EQ(thrownTextAndCode([] { strict("-z"); }), "VornProgramOptions::parse: Unrecognized option: -z (0)");
+    EXPECT_EQ(thrownTextAndCode([] { strict("--z=1"); }), "VornProgramOptions::parse: Unrecognized option: --z (0)");
+    EXPECT_EQ(thrownTextAndCode([] { strict("-"); }), "VornProgramOptions::parse: Unrecognized option: - (0)");
+    EXPECT_EQ(thrownTextAndCode([] { strict("--"); }), "VornProgramOptions::parse: Unrecognized option: -- (0)");
+    EXPECT_EQ(thrownTextAndCode([] { strict("--", ":a::b:"); }), "nothing thrown");
+    EXPECT_EQ(thrownTextAndCode([] { strict("-b"); }), "VornProgramOptions::parse: option data not available for: -b (0)");
+    EXPECT_EQ(thrownTextAndCode([] { strict("-file"); }),
               "VornProgramOptions::parse: option data not available for: -file (0)");
 }
 
@@ -89,7 +89,7 @@ TEST(VornProgramOptionsTest, ArgumentsAreReadByIndexOrInStepsFromEachCopysStart)
 {
     VornProgramOptions original("prog -a=1 x y", false);
     EXPECT_EQ(original.getArgument(1), "y");
-    EXPECT_EQ(thrownText([&] { original.getArgument(2); }), "VornProgramOptions::getArgument: index out of bounds (0)");
+    EXPECT_EQ(thrownTextAndCode([&] { original.getArgument(2); }), "VornProgramOptions::getArgument: index out of bounds (0)");
     EXPECT_EQ(original.nextArgument(), "x");
     VornProgramOptions copy(original);
     VornProgramOptions assigned("", false);

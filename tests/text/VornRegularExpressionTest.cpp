@@ -1,6 +1,6 @@
 // How patterns compile and match, the texts of the errors, and the level-9
 // print and trace; one table of narrow patterns runs over both string types.
-#include "ThrownText.h"
+#include "support/ThrownText.h"
 #include "support/LogRecords.h"
 
 #include <vsupt/VornRegularExpression.h>
@@ -98,7 +98,7 @@ TYPED_TEST(VornRegularExpressionTest, AFailedPatternThrowsAndKeepsTheOldTextWith
 {
     Inspected<TypeParam> expression;
     expression.setPattern(as<TypeParam>("xyz"));
-    EXPECT_EQ(thrownText([&] { expression.setPattern(as<TypeParam>("ab$c")); }),
+    EXPECT_EQ(thrownTextAndCode([&] { expression.setPattern(as<TypeParam>("ab$c")); }),
               "end token found inside expression (0)");
     EXPECT_EQ(expression.pattern(), as<TypeParam>("xyz"));
     EXPECT_EQ(expression.tokens(), "lit'ab'");

@@ -1,4 +1,4 @@
-#include "ThrownText.h"
+#include "support/ThrownText.h"
 
 #include <vsupt/VornException.h>
 #include <vsupt/VornStringUtilities.h>
@@ -50,11 +50,11 @@ TEST(VornStringUtilitiesTest, NarrowBlanksWhatTheLocaleCannotHoldAndBothStopAtTh
 TEST(VornStringUtilitiesTest, AFailingFacetBecomesAVornExceptionUnlessItIsOneAlready)
 {
     const std::locale broken = throwingLocale(std::runtime_error("facet broken"));
-    EXPECT_EQ(thrownText([&] { Strings::narrow(L"text", broken); }),
+    EXPECT_EQ(thrownTextAndCode([&] { Strings::narrow(L"text", broken); }),
               "VornStringUtilities::narrow: ctype facet cannot be created for the locale - facet broken (0)");
-    EXPECT_EQ(thrownText([&] { Strings::widen("text", broken); }),
+    EXPECT_EQ(thrownTextAndCode([&] { Strings::widen("text", broken); }),
               "VornStringUtilities::widen: ctype facet cannot be created for the locale - facet broken (0)");
-    EXPECT_EQ(thrownText([] { Strings::narrow(L"text", throwingLocale(VornException("from the facet", 5))); }),
+    EXPECT_EQ(thrownTextAndCode([] { Strings::narrow(L"text", throwingLocale(VornException("from the facet", 5))); }),
               "from the facet (5)");
 }
 

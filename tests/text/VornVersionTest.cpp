@@ -1,4 +1,4 @@
-#include "ThrownText.h"
+#include "support/ThrownText.h"
 
 #include <vsupt/VornException.h>
 #include <vsupt/VornVersion.h>
@@ -27,12 +27,12 @@ TEST(VornVersionTest, PrintsBackNumbersAsNumbersAndTheLabelBehindAPoint)
 
 TEST(VornVersionTest, ALabelBeforeTheLastPieceThrowsAndKeepsTheNumbersBeforeIt)
 {
-    EXPECT_EQ(thrownText([] { VornVersion("1..2"); }), "VornVersion::parse: invalid version string: 1..2 (0)");
+    EXPECT_EQ(thrownTextAndCode([] { VornVersion("1..2"); }), "VornVersion::parse: invalid version string: 1..2 (0)");
     VornVersion version("1.2");
     version.parse("3.rc");
     EXPECT_EQ(version.toString(), "1.2.3.rc");
     version = std::string("7");
-    EXPECT_EQ(thrownText([&] { version.parse("8.x.9"); }), "VornVersion::parse: invalid version string: 8.x.9 (0)");
+    EXPECT_EQ(thrownTextAndCode([&] { version.parse("8.x.9"); }), "VornVersion::parse: invalid version string: 8.x.9 (0)");
     EXPECT_EQ(version.toString(), "7.8");
 }
 
@@ -74,10 +74,10 @@ TEST(VornVersionTest, RangesHoldTheirLowerBoundButNotTheUpperOneAndExactVersions
 TEST(VornVersionTest, RangeVectorRefusesRangesWithoutRoomAroundTheDash)
 {
     for (const char* ranges : {"{-3.0}", "{1}", "{1-}", "1.0,{1-2"}) {
-        EXPECT_EQ(thrownText([&] { VornVersion::createRangeVector(ranges); }),
+        EXPECT_EQ(thrownTextAndCode([&] { VornVersion::createRangeVector(ranges); }),
                   std::string("VornVersion::createRangeVector: Invalid range specification: ") + ranges + " (0)");
     }
     EXPECT_EQ(VornVersion::createRangeVector("{1-2}")[0].second.toString(), "2");
-    EXPECT_EQ(thrownText([] { VornVersion::createRangeVector("1.0,{a.b-2}"); }),
+    EXPECT_EQ(thrownTextAndCode([] { VornVersion::createRangeVector("1.0,{a.b-2}"); }),
               "VornVersion::parse: invalid version string: a.b (0)");
 }

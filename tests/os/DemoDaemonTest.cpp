@@ -9,9 +9,7 @@
 #include "OsTesting.h"
 
 #include <signal.h>
-#include <sys/socket.h>
 #include <sys/stat.h>
-#include <sys/un.h>
 #include <sys/wait.h>
 
 #include <chrono>
@@ -183,29 +181,17 @@ TEST_F(DemoDaemonTest, SighupReopensTheLogFileByItsName)
 }
 
 // The daemon's child, not its parent, tells the manager that it is ready,
-// before the parent leaves: the message waits in the socket.
+// before the parent leaves.
 TEST_F(DemoDaemonTest, AServiceManagerHearsOfTheDaemonsProcessAndItsStop)
 {
-    const std::string socketPath = scratch / "notify";
-    const int manager = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
-    ASSERT_GE(manager, 0);
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    socketPath.copy(address.sun_path, sizeof address.sun_path - 1);
-    ASSERT_EQ(0, bind(manager, reinterpret_cast<sockaddr*>(&address), sizeof address));
-    auto receive = [&] {
-        char message[128] = {};
-        const ssize_t length = recv(manager, message, sizeof message, MSG_DONTWAIT);
-        return std::string(message, length > 0 ? static_cast<std::size_t>(length) : 0);
-    };
-
-    setenv("NOTIFY_SOCKET", socketPath.c_str(), 1);
+    const NotifySocket manager(scratch / "notify");
+    ASSERT_TRUE(manager.bound());
+    setenv("NOTIFY_SOCKET", manager.name().c_str(), 1);
     const int status = startDemo(scratch / "demo.pid");
     unsetenv("NOTIFY_SOCKET");
     ASSERT_EQ(0, status);
-    EXPECT_EQ(receive(), "READY=1\nMAINPID=" + std::to_string(daemonPid()));
+    EXPECT_EQ(manager.receive(), "READY=1\nMAINPID=" + std::to_string(daemonPid()));
     ASSERT_EQ(0, kill(m_pid, SIGTERM));
-    ASSERT_TRUE(withinTenSeconds([&] { return gone(m_pid); }));
-    EXPECT_EQ(receive(), "STOPPING=1");
-    close(manager);
+    EXPECT_EQ(manager.receive(), "STOPPING=1");
+    EXPECT_TRUE(withinTenSeconds([&] { return gone(m_pid); }));
 }

@@ -4,8 +4,8 @@
 
 #include <gtest/gtest.h>
 
-#include <sys/socket.h>
-#include <sys/un.h>
+#include "OsTesting.h"
+
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -71,35 +71,20 @@ TEST(VornServiceTest, ForegroundServiceRunsUntilStoppedAndIgnoresASecondStart)
 // names it with a leading "@".
 TEST(VornServiceTest, AServiceManagerHearsOfTheStartAndTheStop)
 {
-    const std::string name = "@vsupt-notify-" + std::to_string(getpid());
-    const int manager = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
-    ASSERT_GE(manager, 0);
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    name.copy(address.sun_path + 1, name.size() - 1, 1);
-    ASSERT_EQ(0, bind(manager, reinterpret_cast<sockaddr*>(&address),
-                      static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + name.size())));
-    const timeval patience{10, 0};
-    setsockopt(manager, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
-    auto receive = [&] {
-        char message[128] = {};
-        const ssize_t length = recv(manager, message, sizeof message, 0);
-        return std::string(message, length > 0 ? static_cast<std::size_t>(length) : 0);
-    };
-
-    setenv("NOTIFY_SOCKET", name.c_str(), 1);
+    const NotifySocket manager("@vsupt-notify-" + std::to_string(getpid()));
+    ASSERT_TRUE(manager.bound());
+    setenv("NOTIFY_SOCKET", manager.name().c_str(), 1);
     RecordingService service(true);
     std::string ready;
     std::thread stopper([&] {
-        ready = receive();
+        ready = manager.receive();
         service.stop();
     });
     EXPECT_TRUE(service.start("", false));
     stopper.join();
     unsetenv("NOTIFY_SOCKET");
     EXPECT_EQ(ready, "READY=1\nMAINPID=" + std::to_string(getpid()));
-    EXPECT_EQ(receive(), "STOPPING=1");
-    close(manager);
+    EXPECT_EQ(manager.receive(), "STOPPING=1");
 }
 
 // The handler remembers the first signal for the life of the process, so

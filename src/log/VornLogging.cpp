@@ -22,10 +22,11 @@ namespace VornSupport {
 
 namespace {
 
-// Scratch space for number items. A thread writes it only while it holds the
-// lock of the logger it writes to; one buffer for each thread keeps two
-// loggers written at once from sharing it.
-thread_local char g_szLogBuf[8192];
+// Number items are printed into a buffer on the writer's stack, bounded by
+// this size. The longest item, a double printed with "%f", takes 317
+// characters. A stack buffer, not a thread-local one, keeps the library's
+// thread-local data small enough to load it after start-up.
+const std::size_t kNumberItemSize = 512;
 
 const int kAllCategoriesLevel = 9;
 const long kQuietTimerMs = 60000;
@@ -416,8 +417,9 @@ template <class T>
 VornLogging& VornLogging::appendFormatted(const char* format, T value)
 {
     if (getLogAccess()) {
-        std::snprintf(g_szLogBuf, sizeof g_szLogBuf, format, value);
-        appendText(g_szLogBuf, std::strlen(g_szLogBuf));
+        char number[kNumberItemSize];
+        std::snprintf(number, sizeof number, format, value);
+        appendText(number, std::strlen(number));
     }
     return *this;
 }

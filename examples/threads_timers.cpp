@@ -52,8 +52,9 @@ int main()
     VornTimer timer;
     timer.addDependent(ticks);
     timer.start(1, 0, false);
-    // Sleeping keeps this thread idle while the timer fires on its own thread.
-    for (int i = 0; i < 35 && ticks.m_count < 3; ++i) {
+    // Sleeping keeps this thread idle while the timer fires on its own thread; a loaded machine may
+    // deliver the third expiry late, so the wait allows ten seconds for three.
+    for (int i = 0; i < 100 && ticks.m_count < 3; ++i) {
         usleep(100000);
     }
     timer.stop();

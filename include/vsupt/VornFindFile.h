@@ -48,7 +48,7 @@ public:
     virtual std::string next() = 0;
 
 protected:
-    /// The specification as given.
+    /// The path and pattern as the caller gave them.
     std::string m_fileSpec;
     /// Without its final separator.
     std::string m_directory;

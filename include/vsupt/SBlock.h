@@ -16,6 +16,7 @@ public:
     SBlock(const SBlock& other) = default;
     /// Copies both halves.
     SBlock& operator=(const SBlock& other) = default;
+    /// Holds nothing to release.
     virtual ~SBlock();
 
     /// Exclusive-or of each half with the other block's.

@@ -47,6 +47,7 @@ public:
     VornBufferStream(const VornBufferStream& other);
     /// Replaces the block with a copy of the other's; this stream keeps its lock.
     VornBufferStream& operator=(const VornBufferStream& other);
+    /// Frees the block.
     ~VornBufferStream() override;
 
     /// Keeps the block and its capacity.

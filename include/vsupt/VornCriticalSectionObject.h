@@ -70,6 +70,7 @@ class VornCriticalSectionObject;
 /// library's boundary.
 class VSUPT_API LockBase : public VornSupport::VornObjectBase {
 public:
+    /// Destroyed by release with the last reference.
     ~LockBase() override;
     /// Adds a reference with one atomic instruction; returns the new count.
     long addRef() override;

@@ -21,6 +21,7 @@ namespace VornSupport {
 
 class VSUPT_API VornInputObjectStream : public VornObjectStream {
 public:
+    /// Destroys the reading side.
     ~VornInputObjectStream() override;
 
     /// Moves up to size times count bytes into target; returns how many.

@@ -31,6 +31,7 @@ public:
     /// Loads the set named baseName for the language and country of locale.
     /// Throws VornException when the base file can't be opened.
     VornMessageSet(const std::string& baseName, std::locale locale);
+    /// Forgets the loaded messages.
     virtual ~VornMessageSet();
 
     /// Loads the base file of baseName and overlays it with the set's

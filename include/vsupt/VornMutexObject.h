@@ -13,6 +13,7 @@ class VSUPT_API VornMutexObject : public VornCriticalSectionObject {
 public:
     /// A section whose lock is made on first use.
     VornMutexObject();
+    /// Drops the section's reference; the last one destroys the lock.
     ~VornMutexObject();
 };
 

@@ -14,6 +14,7 @@ namespace VornSupport {
 
 class VSUPT_API VornObjectStream {
 public:
+    /// Streams are destroyed through their root.
     virtual ~VornObjectStream();
     /// Forgets the data the stream holds.
     virtual void reset() = 0;

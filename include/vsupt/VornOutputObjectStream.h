@@ -20,6 +20,7 @@ namespace VornSupport {
 
 class VSUPT_API VornOutputObjectStream : public VornObjectStream {
 public:
+    /// Destroys the writing side.
     ~VornOutputObjectStream() override;
 
     /// Appends size times count bytes of source; returns how many, 0 on failure.

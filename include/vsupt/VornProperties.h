@@ -74,6 +74,7 @@ public:
     VornProperties(const VornProperties& other);
     /// Replaces the table under this store's lock; the source's is not taken.
     VornProperties& operator=(const VornProperties& other);
+    /// Destroys the table without notifying the dependents.
     ~VornProperties() override;
 
     /// Counts names, not values.

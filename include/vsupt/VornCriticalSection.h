@@ -1,9 +1,14 @@
-// Scoped guard of a VornCriticalSectionObject, and the clean-up that frees
-// the locks of a cancelled thread.
-//
-// A guard holds at most one recursion level of its section and gives back
-// exactly that level when it goes. unlock and lock let a scope let go of the
-// lock around a call out and take it back. A guard belongs to one thread.
+/// @class VornSupport::VornCriticalSection
+/// Scoped guard of a VornCriticalSectionObject, and the clean-up that frees
+/// the locks of a cancelled thread.
+///
+/// A guard holds at most one recursion level of its section and gives back
+/// exactly that level when it goes. unlock and lock let a scope let go of the
+/// lock around a call out and take it back. A guard belongs to one thread.
+
+/// @file
+/// The scoped guard of a critical section, and the clean-up of a cancelled
+/// thread's locks.
 #ifndef VSUPT_VORNCRITICALSECTION_H
 #define VSUPT_VORNCRITICALSECTION_H
 
@@ -14,14 +19,17 @@ namespace VornSupport {
 
 class VSUPT_API VornCriticalSection {
 public:
+    /// A guard of section that takes one level at once when lockNow is true;
+    /// the section must outlive the guard.
     VornCriticalSection(VornCriticalSectionObject& section, bool lockNow);
-    // Not noexcept: a thread cancelled while the guard gives its lock back
-    // unwinds through here.
+    /// Gives back the level the guard holds, if any. Not noexcept: a thread
+    /// cancelled while the guard gives its lock back unwinds through here.
     ~VornCriticalSection() noexcept(false);
 
     VornCriticalSection(const VornCriticalSection&) = delete;
     VornCriticalSection& operator=(const VornCriticalSection&) = delete;
 
+    /// Gives back the guard's level, if it holds one.
     void unlock()
     {
         if (m_bLocked) {
@@ -30,6 +38,8 @@ public:
         }
     }
 
+    /// Takes a level of the section. Called while the guard holds one, it
+    /// takes a second level, and the guard gives back only one.
     void lock()
     {
         m_pObject->lock();
@@ -43,11 +53,11 @@ private:
 
 }  // namespace VornSupport
 
-// Frees every critical section the calling thread holds, whatever the
-// recursion depth, and empties its list of held locks; a section the thread
-// was half-way through taking or giving back is freed if the thread holds it
-// and left alone otherwise. The thread entry function runs it when a body is
-// left by cancellation. The argument is ignored.
+/// Frees every critical section the calling thread holds, whatever the
+/// recursion depth, and empties its list of held locks; a section the thread
+/// was half-way through taking or giving back is freed if the thread holds it
+/// and left alone otherwise. The thread entry function runs it when a body is
+/// left by cancellation. The argument is ignored.
 VSUPT_API void VornCriticalSectionRecoverFn(void* unused);
 
 #endif

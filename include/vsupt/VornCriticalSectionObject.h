@@ -1,44 +1,45 @@
-// The library's recursive lock.
-//
-// A VornCriticalSectionObject is a recursive lock made on first use: the
-// constructor only clears a pointer, so a static section is safe at any point
-// of start-up, and the first lock, unlock, testAndSet, unwind or lockCount
-// creates the real lock under g_pCriticalSection. Copies made after first use
-// share that lock: they are one lock under several names. All operations may
-// run on any thread; unlock by a thread that does not own the lock does
-// nothing.
-//
-// Every lock a thread holds stands on that thread's own list of held locks.
-// When a library thread is cancelled, its clean-up
-// (VornCriticalSectionRecoverFn) walks the list and frees every lock it
-// finds, whatever the recursion depth, so a killed holder never leaves a lock
-// taken, wherever the kill lands.
-//
-// The road of one lock: the caller's inline code takes and gives back the
-// inner levels of a lock its thread owns, with a compare and a count and no
-// call. The first level and the last go into the library (one call each),
-// which takes or frees the lock word with one atomic instruction, or a plain
-// load and store while the process has one thread, and links or unlinks the
-// lock on the thread's list. Only a lock that another thread waits for costs
-// a system call: the waiter sleeps on the word's futex and the holder wakes
-// it. Owner, count and links are written only by the holder.
-//
-// How this differs from a plain mutex under a thread-specific key, all for
-// the cost of the first lock and the last unlock, none visible to callers:
-// - the lock is a futex word holding its owner's pthread_self(), because a
-//   thread killed just after taking a POSIX mutex cannot tell whether it
-//   holds it, and the word tells;
-// - the list's head lives in an initial-exec thread-local slot of the
-//   library, not in a key, because a key costs a call per access; beside the
-//   head the slot names the lock being taken or freed, so that the clean-up
-//   of a thread killed half-way settles that lock by its word;
-// - the section points at its lock directly and holds one reference to it,
-//   not through a heap-allocated smart pointer, which spares the inline path
-//   a load.
-//
-// The real lock, LockImplementation, stands here beside its section because
-// callers take and give back recursion levels inline. Everything else
-// happens inside the library.
+/// @class VornSupport::VornCriticalSectionObject
+/// The library's recursive lock.
+///
+/// A VornCriticalSectionObject is a recursive lock made on first use: the
+/// constructor only clears a pointer, so a static section is safe at any point
+/// of start-up, and the first lock, unlock, testAndSet, unwind or lockCount
+/// creates the real lock under g_pCriticalSection. Copies made after first use
+/// share that lock: they are one lock under several names. All operations may
+/// run on any thread; unlock by a thread that does not own the lock does
+/// nothing.
+///
+/// Every lock a thread holds stands on that thread's own list of held locks.
+/// When a library thread is cancelled, its clean-up
+/// (VornCriticalSectionRecoverFn) walks the list and frees every lock it
+/// finds, whatever the recursion depth, so a killed holder never leaves a lock
+/// taken, wherever the kill lands.
+///
+/// The road of one lock: the caller's inline code takes and gives back the
+/// inner levels of a lock its thread owns, with a compare and a count and no
+/// call. The first level and the last go into the library (one call each),
+/// which takes or frees the lock word with one atomic instruction, or a plain
+/// load and store while the process has one thread, and links or unlinks the
+/// lock on the thread's list. Only a lock that another thread waits for costs
+/// a system call: the waiter sleeps on the word's futex and the holder wakes
+/// it. Owner, count and links are written only by the holder.
+///
+/// How this differs from a plain mutex under a thread-specific key, all for
+/// the cost of the first lock and the last unlock, none visible to callers:
+/// - the lock is a futex word holding its owner's pthread_self(), because a
+///   thread killed just after taking a POSIX mutex cannot tell whether it
+///   holds it, and the word tells;
+/// - the list's head lives in an initial-exec thread-local slot of the
+///   library, not in a key, because a key costs a call per access; beside the
+///   head the slot names the lock being taken or freed, so that the clean-up
+///   of a thread killed half-way settles that lock by its word;
+/// - the section points at its lock directly and holds one reference to it,
+///   not through a heap-allocated smart pointer, which spares the inline path
+///   a load.
+///
+/// The real lock, LockImplementation, stands here beside its section because
+/// callers take and give back recursion levels inline. Everything else
+/// happens inside the library.
 #ifndef VSUPT_VORNCRITICALSECTIONOBJECT_H
 #define VSUPT_VORNCRITICALSECTIONOBJECT_H
 
@@ -60,43 +61,56 @@ class VornCriticalSectionObject;
 #define VSUPT_THREAD_POINTER_IS_PTHREAD_SELF 1
 #endif
 
-// Counts without any lock: the section that guards the library's counts is
-// itself made of a LockImplementation, so the root's counting would recurse.
-// LockBase and LockImplementation are exported because callers' inline code
-// refers to them, and their type information must be one across the
-// library's boundary.
+/// The counting of LockImplementation, without any lock.
+///
+/// Counts without any lock: the section that guards the library's counts is
+/// itself made of a LockImplementation, so the root's counting would recurse.
+/// LockBase and LockImplementation are exported because callers' inline code
+/// refers to them, and their type information must be one across the
+/// library's boundary.
 class VSUPT_API LockBase : public VornSupport::VornObjectBase {
 public:
+    /// Destroyed by release with the last reference.
     ~LockBase() override;
+    /// Adds a reference with one atomic instruction; returns the new count.
     long addRef() override;
+    /// Drops a reference and deletes the lock with the last; returns the new count.
     long release() override;
 };
 
-// A recursive lock by owner and count over a futex word, one for each
-// distinct section. The word is the lock: 0 when free, else the holder's
-// pthread_self() with the low bit set while other threads may sleep on it (a
-// thread's id is the address of its aligned control block, so that bit is
-// free). m_owner repeats the holder in a field of its own, set after the word
-// is taken and cleared before it is freed, because a read of the word right
-// after an atomic instruction on it waits for that instruction to finish.
-// All fields but the word are written only by the holder; m_owner may be
-// read by anyone, since it can equal a thread only if that thread put it
-// there. Final, so that a section's release of its reference is a call the
-// compiler knows cannot throw: the section's destructor then needs no
-// exception table, and a thread killed inside it does not end the process.
+/// The real lock of a VornCriticalSectionObject.
+///
+/// A recursive lock by owner and count over a futex word, one for each
+/// distinct section. The word is the lock: 0 when free, else the holder's
+/// pthread_self() with the low bit set while other threads may sleep on it (a
+/// thread's id is the address of its aligned control block, so that bit is
+/// free). m_owner repeats the holder in a field of its own, set after the word
+/// is taken and cleared before it is freed, because a read of the word right
+/// after an atomic instruction on it waits for that instruction to finish.
+/// All fields but the word are written only by the holder; m_owner may be
+/// read by anyone, since it can equal a thread only if that thread put it
+/// there. Final, so that a section's release of its reference is a call the
+/// compiler knows cannot throw: the section's destructor then needs no
+/// exception table, and a thread killed inside it does not end the process.
 class VSUPT_API LockImplementation final : public LockBase {
 public:
+    /// A free lock; the flag is not read.
     explicit LockImplementation(bool lockFlag);
+    /// Gives back every level still held, as unwind does.
     ~LockImplementation() override;
 
+    /// Takes a level, waiting on the futex while another thread holds the lock.
     void lock();
+    /// Gives back a level; nothing when the calling thread does not own the lock.
     void unlock();
+    /// Takes a level if the lock is free or already ours; never waits.
     bool testAndSet();
-    // Gives back every level; the caller must own the lock.
+    /// Gives back every level; the caller must own the lock.
     void unwind();
+    /// The recursion depth as it stands, read without synchronisation.
     int lockCount() const { return m_nLockCount.load(std::memory_order_relaxed); }
 
-    // Adds a level if the calling thread holds the lock already.
+    /// Adds a level if the calling thread holds the lock already.
     bool relockByOwner()
     {
         if (!heldByCaller()) {
@@ -106,8 +120,8 @@ public:
         return true;
     }
 
-    // Gives back a level if the calling thread holds the lock more than once,
-    // so that the lock stays held.
+    /// Gives back a level if the calling thread holds the lock more than once,
+    /// so that the lock stays held.
     bool unlockInnerLevel()
     {
         if (!heldByCaller()) {
@@ -121,8 +135,8 @@ public:
         return true;
     }
 
-    // Frees every lock the calling thread holds or is half-way through
-    // taking or freeing.
+    /// Frees every lock the calling thread holds or is half-way through
+    /// taking or freeing.
     static void recoverHeldLocks();
 
 private:
@@ -169,13 +183,21 @@ namespace VornSupport {
 
 class VSUPT_API VornCriticalSectionObject {
 public:
+    /// A section whose lock is made on first use.
     VornCriticalSectionObject();
-    // The flag is kept and copied but changes nothing.
+    /// The flag is kept and copied but changes nothing.
     explicit VornCriticalSectionObject(bool lockFlag);
+    /// Shares the other's lock once it has been used; before that the copy
+    /// makes a lock of its own on first use.
     VornCriticalSectionObject(const VornCriticalSectionObject& other);
+    /// Drops this section's reference to its lock and shares the other's, as
+    /// the copy constructor does.
     VornCriticalSectionObject& operator=(const VornCriticalSectionObject& other);
+    /// Drops the section's reference; the last one destroys the lock.
     ~VornCriticalSectionObject();
 
+    /// Takes a recursion level, waiting while another thread holds the lock;
+    /// the inner levels cost no call.
     void lock()
     {
         LockImplementation* lock = m_pLock.load(std::memory_order_acquire);
@@ -184,6 +206,8 @@ public:
         }
     }
 
+    /// Gives back a recursion level; nothing when the calling thread does
+    /// not own the lock.
     void unlock()
     {
         LockImplementation* lock = m_pLock.load(std::memory_order_acquire);
@@ -192,14 +216,14 @@ public:
         }
     }
 
-    // Takes the lock if it is free or already ours; never waits.
+    /// Takes the lock if it is free or already ours; never waits.
     bool testAndSet();
-    // Gives back every recursion level at once. The caller must own the lock;
-    // any other thread waits for ownership that never comes.
+    /// Gives back every recursion level at once. The caller must own the lock;
+    /// any other thread waits for ownership that never comes.
     void unwind();
-    // The recursion depth as it stands, read without synchronisation.
+    /// The recursion depth as it stands, read without synchronisation.
     int lockCount();
-    // Creates the lock on first use.
+    /// Creates the lock on first use.
     void init();
 
 private:

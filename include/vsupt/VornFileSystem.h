@@ -1,7 +1,7 @@
 /// @file
 /// Creating and removing directories, and reading the environment.
 ///
-/// Both "/" and "\" separate the levels of a path given to
+/// Both "/" and the backslash separate the levels of a path given to
 /// VornCreateDirectory; what it creates it writes with "/". A recursive
 /// VornRemoveDirectoryImpl runs "/bin/rm -rf" in a child process and blocks
 /// the calling thread until that has ended. None of the functions throws,

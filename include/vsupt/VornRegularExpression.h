@@ -26,7 +26,8 @@
 // keeps the previous pattern text but leaves the tokens finished before the
 // error in place, and the object matches with those until a pattern
 // compiles. find, match and print may run on several threads at once and
-// beside setPattern: each find walks its own copy of the tokens. m_patternLock
+// beside setPattern: each find walks the tokens as they were compiled when
+// it began, whatever setPattern does meanwhile. m_patternLock
 // serialises pattern changes and whole replace runs, so setPattern waits for
 // a running replace; it is taken before the token lock.
 #ifndef VSUPT_VORNREGULAREXPRESSION_H

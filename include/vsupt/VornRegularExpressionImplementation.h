@@ -10,16 +10,33 @@
 // describes the language as its users see it.
 //
 // The class is provided for std::string and std::wstring. The object owns
-// its tokens; m_tokenLock guards them. compile holds the lock for its whole
-// run, and find holds it only to copy the tokens, walking the private copy,
-// so finds on one object run side by side and never see a half-built list.
-// The level-9 diagnostics go to the installed VornLogging.
+// its tokens; m_tokenLock guards them, and compile holds it for its whole
+// run. compile ends by publishing an immutable compiled copy of the tokens,
+// with each set's members in a table, even when the pattern failed part
+// way. find takes that copy without any lock, counting itself on it, so
+// that finds on one object run side by side, never see a half-built list,
+// and keep the pattern they started with when setPattern replaces it; the
+// copy goes when the last find walking it is done. So find copies nothing
+// and takes no lock, where copying the tokens under m_tokenLock would give
+// the same guarantees at several times the cost of a short search.
+//
+// The walk keeps its match stack as runs of one token's entries and takes a
+// repeat's whole stretch at once. Start overs that can only go as an
+// earlier one went are not walked again: one inside the first token's own
+// repeat resumes behind the repeat, a start over from where a literal or
+// set the walk still needs occurs nowhere ends the search, and what the
+// walk did above an entry it fell back through is remembered for later
+// starts. Results and lengths are those of the walk one step at a time, in
+// about n log n where that walk took n squared. When the logger's level is
+// 9 or more the walk takes every step, since the trace records each one;
+// the level-9 diagnostics go to the installed VornLogging.
 #ifndef VSUPT_VORNREGULAREXPRESSIONIMPLEMENTATION_H
 #define VSUPT_VORNREGULAREXPRESSIONIMPLEMENTATION_H
 
 #include <vsupt/VsuptExport.h>
 #include <vsupt/VornCriticalSectionObject.h>
 
+#include <atomic>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -58,10 +75,15 @@ public:
         std::uint64_t m_length = 0;
         // Index of the entry below, or -1 where backing up must stop.
         std::int32_t m_backLink = -1;
-        ExpressionToken* m_pToken = nullptr;
+        const ExpressionToken* m_pToken = nullptr;
     };
 
     VornRegularExpressionImplementation();
+    // A copy has the pattern, the tokens and the lock of the original, as a
+    // copy of each would, and compiles a copy of the tokens to walk.
+    VornRegularExpressionImplementation(const VornRegularExpressionImplementation& other);
+    VornRegularExpressionImplementation& operator=(const VornRegularExpressionImplementation& other);
+    ~VornRegularExpressionImplementation();
 
     // One record at level 9 for the token.
     void print(ExpressionToken& token);
@@ -79,6 +101,14 @@ protected:
     T m_pattern;
     std::vector<ExpressionToken> m_tokens;
     VornSupport::VornCriticalSectionObject m_tokenLock;
+
+private:
+    // Defined and used inside the library only.
+    struct __attribute__((visibility("hidden"))) CompiledPattern;
+
+    // The compiled copy of m_tokens that find walks, with the number of finds
+    // walking it: the source says how. 0 before the first compile.
+    std::atomic<std::uintptr_t> m_published;
 };
 
 extern template class VornRegularExpressionImplementation<std::string>;

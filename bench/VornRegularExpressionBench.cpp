@@ -405,6 +405,8 @@ VSUPT_FAILING_BENCHMARKS(ABC, "a.*b.*c");
 VSUPT_FAILING_BENCHMARKS(DigitsX, "[0-9]+x");
 VSUPT_FAILING_BENCHMARKS(ThreeDotStarsX, ".*.*.*x");
 VSUPT_FAILING_BENCHMARKS(FourAStarsB, "a*a*a*a*b");
+// a*a*a*a*b also over 32 KiB, where the old walk took seconds.
+BENCHMARK(BM_VornFail_FourAStarsB)->Arg(32 * 1024)->Unit(benchmark::kMicrosecond);
 
 void BM_PosixRegexecFail_DotStarC(benchmark::State& state) { runRegexecPeer(state, ".*c"); }
 void BM_PosixRegexecFail_ThreeDotStarsX(benchmark::State& state) { runRegexecPeer(state, ".*.*.*x"); }

@@ -1,11 +1,17 @@
 // Random patterns compiled and searched in random texts, in either string
-// type: every pattern compiles or fails with one of the six texts, and find,
-// match and replace agree with each other on whatever they find.
+// type: every pattern compiles or fails with one of the six texts; find
+// gives the position and the length that the walk written out below gives,
+// the matcher's rules taken one step and one entry at a time, with none of
+// the matcher's strides and shortcuts; and find, match and replace agree
+// with each other on whatever they find.
 //
 // Input: a flags byte (bit 0 wide, bit 1 replace every match, the rest the
-// start offset), the pattern's length, the replacement's length, then the
-// pattern, the replacement and the text. In the wide form a byte is the
-// character of that value, but 0xFF stands for the character -1.
+// start offset); the pattern's length; a byte with the replacement's length
+// in its low 3 bits and, in its high 3, how many times each character of
+// the text stands, less one, since long repeats are where the shortcuts
+// apply; then the pattern, the replacement and the text. In the wide form a
+// byte is the character of that value, but 0xFF stands for the character
+// -1 and 0xFE for U+2603, so that sets hold members beyond one byte.
 //
 // Left out by design, as they never end: a narrow pattern with a 0x7F
 // character (a range up to 0x7F appends for ever); searching with a repeated
@@ -19,6 +25,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -41,6 +48,61 @@ public:
         return true;
     }
 
+    // The position and the length of the match, as the steps give them;
+    // length is left alone where the walk ends with an empty stack.
+    unsigned long walkStepByStep(const T& text, unsigned long& length, unsigned long start) const
+    {
+        const auto& tokens = this->m_tokens;
+        std::vector<Entry> stack;
+        bool beginSeen = false;
+        bool endSeen = false;
+        unsigned long pos = start;
+        std::size_t current = 0;
+        while (current < tokens.size()) {
+            const auto& token = tokens[current];
+            const unsigned long next = matchToken(text, pos, current, stack, beginSeen, endSeen);
+            const auto factor = token.m_factor;
+            if (next != T::npos) {
+                pos = next;
+                if (factor == Implementation::factorOne || factor == Implementation::factorZeroOrOne) {
+                    ++current;
+                }
+            } else if (stack.empty()) {
+                if (factor == Implementation::factorOne || factor == Implementation::factorOneOrMore) {
+                    break;
+                }
+                if (++pos >= text.size()) {
+                    break;
+                }
+            } else if (factor == Implementation::factorZeroOrOne || factor == Implementation::factorZeroOrMore ||
+                       (factor == Implementation::factorOneOrMore && same(tokens[stack.back().token], token))) {
+                ++current;
+            } else if (stack.back().backLink != -1) {
+                pos = stack.back().position;
+                stack.pop_back();
+            } else {
+                pos = stack.front().position + 1;
+                current = stack.front().token;
+                stack.clear();
+            }
+        }
+        if (stack.empty()) {
+            return T::npos;
+        }
+        unsigned long result = stack.front().position;
+        length = 0;
+        for (const Entry& entry : stack) {
+            if (entry.position != result + length) {
+                return T::npos;
+            }
+            length += entry.length;
+        }
+        if ((beginSeen && result != start) || (endSeen && result + length != text.size())) {
+            return T::npos;
+        }
+        return result;
+    }
+
     bool hasEmptyLiteral() const
     {
         for (const auto& token : this->m_tokens) {
@@ -52,7 +114,66 @@ public:
     }
 
 private:
-    template <class Token>
+    using Token = typename Implementation::ExpressionToken;
+
+    struct Entry {
+        unsigned long position;
+        unsigned long length;
+        long backLink;
+        std::size_t token;
+    };
+
+    static bool same(const Token& a, const Token& b)
+    {
+        return a.m_value == b.m_value && a.m_type == b.m_type && a.m_factor == b.m_factor;
+    }
+
+    unsigned long matchToken(const T& text, unsigned long pos, std::size_t current, std::vector<Entry>& stack,
+                             bool& beginSeen, bool& endSeen) const
+    {
+        const Token& token = this->m_tokens[current];
+        switch (token.m_type) {
+        case Implementation::tokenBegin: beginSeen = true; return pos;
+        case Implementation::tokenEnd: endSeen = true; return pos;
+        case Implementation::tokenAny:
+            if (pos >= text.size()) {
+                return T::npos;
+            }
+            push(stack, {pos, 1, 0, current});
+            return pos + 1;
+        case Implementation::tokenLiteral: {
+            const unsigned long found = text.find(token.m_value, pos);
+            if (found == T::npos || (found != pos && !stack.empty())) {
+                return T::npos;
+            }
+            push(stack, {found, token.m_value.size(), 0, current});
+            return found + token.m_value.size();
+        }
+        default: {
+            const bool member = pos < text.size() && token.m_value.find(text[pos]) != T::npos;
+            if (pos >= text.size() || member != (token.m_type == Implementation::tokenInSet)) {
+                return T::npos;
+            }
+            push(stack, {pos, 1, 0, current});
+            return pos + 1;
+        }
+        }
+    }
+
+    void push(std::vector<Entry>& stack, Entry entry) const
+    {
+        const Token& token = this->m_tokens[entry.token];
+        if (stack.empty()) {
+            entry.backLink = -1;
+        } else if (token.m_factor == Implementation::factorOneOrMore &&
+                   !same(this->m_tokens[stack.back().token], token)) {
+            entry.backLink = stack.back().backLink;
+        } else {
+            entry.backLink = static_cast<long>(stack.size()) - 1;
+        }
+        stack.push_back(entry);
+    }
+
     static bool consumesNothing(const Token& token)
     {
         return token.m_type == Implementation::tokenBegin ||
@@ -88,7 +209,11 @@ std::wstring fromBytes<std::wstring>(const std::uint8_t* data, std::size_t size)
 {
     std::wstring text;
     for (std::size_t i = 0; i < size; ++i) {
-        text.push_back(data[i] == 0xFF ? static_cast<wchar_t>(-1) : static_cast<wchar_t>(data[i]));
+        switch (data[i]) {
+        case 0xFF: text.push_back(static_cast<wchar_t>(-1)); break;
+        case 0xFE: text.push_back(static_cast<wchar_t>(0x2603)); break;
+        default: text.push_back(static_cast<wchar_t>(data[i])); break;
+        }
     }
     return text;
 }
@@ -108,8 +233,11 @@ void exercise(const T& pattern, const T& replacement, const T& text, unsigned lo
     if (!expression.searchEnds()) {
         return;
     }
-    unsigned long length = 0;
+    constexpr unsigned long untouched = 0xDEAD;
+    unsigned long length = untouched;
+    unsigned long expectedLength = untouched;
     const unsigned long found = expression.find(text, length, start);
+    check(found == expression.walkStepByStep(text, expectedLength, start) && length == expectedLength);
     if (found != T::npos) {
         check(found >= start && found + length <= text.size());
         check(expression.match(text, start) == text.substr(found, length));
@@ -130,6 +258,7 @@ void run(const std::uint8_t* data, std::size_t size)
     const bool all = (data[0] & 2) != 0;
     std::size_t patternLength = data[1];
     std::size_t replacementLength = data[2] % 8;
+    const std::size_t copies = 1 + (data[2] >> 5);
     data += 3;
     size -= 3;
     patternLength = patternLength < size ? patternLength : size;
@@ -140,7 +269,11 @@ void run(const std::uint8_t* data, std::size_t size)
     const T replacement = fromBytes<T>(data, replacementLength);
     data += replacementLength;
     size -= replacementLength;
-    const T text = fromBytes<T>(data, size < kMaxText ? size : kMaxText);
+    const T given = fromBytes<T>(data, size < kMaxText ? size : kMaxText);
+    T text;
+    for (std::size_t i = 0; i < given.size() && text.size() < kMaxText; ++i) {
+        text.append(copies, given[i]);
+    }
     exercise(pattern, replacement, text, start, all);
 }
 

@@ -242,27 +242,87 @@ TYPED_TEST(VornRegularExpressionTest, TracesEachEntryTheStackAndTheResultAtLevel
     EXPECT_TRUE(traced(8, "a[b]+", "xab").empty());
 }
 
-TEST(VornRegularExpressionThreadTest, FindsBesidePatternChangesSeeOneWholePattern)
+TYPED_TEST(VornRegularExpressionTest, LongSearchesThatStartOverAndOverGiveTheStepByStepResult)
 {
-    // Each pattern finds its own place in the text; a half-built token list
-    // would find neither.
+    constexpr long none = -1;
+    constexpr unsigned long untouched = 99;
+    const auto repeated = [](const std::string& unit, std::size_t size) {
+        std::string text;
+        while (text.size() < size) {
+            text += unit;
+        }
+        return text.substr(0, size);
+    };
+    // No `c` and no `x` in these words.
+    const std::string words100k = repeated("a brown owl jumps over the lazy dog ", 100000);
+    const std::string words1m = repeated("a brown owl jumps over the lazy dog ", 1 << 20);
+    const std::string a32k(32768, 'a');
+    const struct {
+        const char* pattern;
+        std::string text;
+        long position;
+        unsigned long length;
+    } rows[] = {
+        {".*.*.*x", words100k, none, untouched},
+        {".*.*.*x", "x" + words100k, none, untouched},
+        {".*.*.*x", words100k + "x", 0, 100001},
+        {"a*a*a*a*b", a32k, none, untouched},
+        {"a*a*a*a*b", a32k + "cb", none, untouched},
+        {"a*a*a*a*b", a32k + "b", 0, 32769},
+        {"bb*aa", std::string(32768, 'b') + "xaa", none, untouched},
+        {".*c", words1m, none, untouched},
+        {"a.*b.*c", words1m, none, untouched},
+        {"[0-9]+x", repeated("3141592653", 1 << 20), none, untouched},
+    };
+    for (const auto& row : rows) {
+        VornRegularExpression<TypeParam> expression;
+        expression.setPattern(as<TypeParam>(row.pattern));
+        unsigned long length = untouched;
+        const unsigned long found = expression.find(as<TypeParam>(row.text), length, 0);
+        const std::string what = std::string(row.pattern) + " in " + std::to_string(row.text.size()) + " characters";
+        EXPECT_EQ(found, row.position == none ? TypeParam::npos : row.position) << what;
+        EXPECT_EQ(length, row.length) << what;
+    }
+}
+
+TEST(VornRegularExpressionThreadTest, FindsBesidePatternChangesSeeTheOldOrTheNewPatternWhole)
+{
+    // Each pattern finds its own place in the text; a mix of the two token
+    // lists would find neither.
     VornRegularExpression<std::string> expression;
-    expression.setPattern("[0-9]+x");
-    const std::string text = "abcdefgh 123x";
+    expression.setPattern("c 1[0-9]*x");
+    const std::string text = "abc 123x def 45y";
     std::atomic<bool> done(false);
     std::atomic<int> strays(0);
-    std::thread finder([&] {
+    const auto find = [&] {
         while (!done) {
             unsigned long length = 0;
-            if (expression.find(text, length, 9) != 9 || length != 4) {
+            const unsigned long found = expression.find(text, length, 0);
+            if (!(found == 2 && length == 6) && !(found == 11 && length == 5)) {
                 ++strays;
             }
         }
-    });
-    for (int i = 0; i < 2000; ++i) {
-        expression.setPattern(i % 2 ? "[0-9]+x" : "123[x]");
+    };
+    std::thread first(find);
+    std::thread second(find);
+    for (int i = 0; i < 4000; ++i) {
+        expression.setPattern(i % 2 ? "c 1[0-9]*x" : "f 4[0-9]*y");
     }
     done = true;
-    finder.join();
+    first.join();
+    second.join();
     EXPECT_EQ(strays, 0);
+}
+
+TEST(VornRegularExpressionCopyTest, ACopyKeepsItsPatternWhenTheOriginalChanges)
+{
+    VornRegularExpression<std::string> original;
+    original.setPattern("[0-9]+");
+    VornRegularExpression<std::string> copy(original);
+    VornRegularExpression<std::string> assigned;
+    assigned = original;
+    original.setPattern("[a-z]+");
+    EXPECT_EQ(copy.match("12ab"), "12");
+    EXPECT_EQ(assigned.match("12ab"), "12");
+    EXPECT_EQ(original.match("12ab"), "");
 }

@@ -27,7 +27,16 @@
 // record, its lock was freed but its text left behind; when the timer has
 // run for 60 seconds, a short-lived thread finishes that record. The timer
 // itself never touches m_lock, so that m_lock and the timer manager's locks
-// are never taken in opposite orders.
+// are never taken in opposite orders. Starting and stopping it for each
+// record costs no system call once the first record has had an alarm
+// armed, so a record costs its write and nothing else.
+//
+// A writer killed in a record dies at the end of the call it was in
+// (setloglevel, an item, endrecord) or in the write itself, never in the
+// middle of the logger's bookkeeping: each call holds kills back while it
+// works. The recovery
+// of its critical sections frees m_lock, and the quiet timer finishes the
+// record. A line whose write was cut short is not written again.
 //
 // setInstance, setTarget, setLogLevel and getLogLevel take no lock: a
 // program calls them at quiet moments, at start-up above all. A logger is
@@ -124,6 +133,11 @@ public:
     void timerElapsed();
 
 private:
+    // The bodies of getLogAccess, resetTimer and cancelTimer, for callers
+    // that already hold kills back.
+    bool grantItem();
+    void startQuietTimer();
+    void stopQuietTimer();
     void appendText(const char* text, std::size_t length);
     template <class T>
     VornLogging& appendFormatted(const char* format, T value);

@@ -16,7 +16,11 @@
 //
 // The manager does not own its timers: a timer stops itself when it goes.
 // start, stop and reset may run on any thread, and from a timer's own
-// handler; they take the manager's list lock and raise SIGUSR1.
+// handler. They take the manager's list lock, and raise SIGUSR1 only when
+// the timer now comes before the alarm already armed, so that a timer
+// started and stopped over and over costs no system call. A thread killed
+// in one of them dies as it returns, with the list whole; in the timer's
+// destructor a kill still ends the process, as in any destructor.
 #ifndef VSUPT_VORNTIMER_H
 #define VSUPT_VORNTIMER_H
 

@@ -6,6 +6,7 @@
 
 #include "log/LibraryLog.h"
 #include "log/VornLoggingEventTimerThread.h"
+#include "thread/KillDeferral.h"
 
 #include <pthread.h>
 
@@ -165,16 +166,18 @@ int VornLogging::getLogLevel(const std::string& category) const
 
 void VornLogging::setCurrentLevel(int level)
 {
-    setCurrentLevel(std::string(), level);
+    withKillsDeferred([&] { setCurrentLevel(std::string(), level); });
 }
 
 void VornLogging::setCurrentLevel(const std::string& category, int level)
 {
-    VornCriticalSection guard(m_lock, true);
-    if (level >= -1) {
-        m_category = category;
-        m_currentLevel = level;
-    }
+    withKillsDeferred([&] {
+        VornCriticalSection guard(m_lock, true);
+        if (level >= -1) {
+            m_category = category;
+            m_currentLevel = level;
+        }
+    });
 }
 
 void VornLogging::startLogging()
@@ -208,14 +211,28 @@ void VornLogging::openLogFile()
 // ---------------------------------------------------------------------------
 // The quiet timer
 
+// Under m_lock. Starting and stopping the timer for each record costs no
+// system call: the timer is due later than the alarm the first record had
+// armed for its own, and an alarm that comes before any record is open
+// finds nothing due.
 void VornLogging::cancelTimer()
+{
+    withKillsDeferred([this] { stopQuietTimer(); });
+}
+
+void VornLogging::stopQuietTimer()
 {
     m_timer.stop();
     m_bTimerCancelled = true;
 }
 
-// The 60 seconds count from the record's first granted item.
 void VornLogging::resetTimer()
+{
+    withKillsDeferred([this] { startQuietTimer(); });
+}
+
+// The 60 seconds count from the record's first granted item.
+void VornLogging::startQuietTimer()
 {
     if (m_bTimerCancelled) {
         m_timer.reset();
@@ -245,48 +262,61 @@ void VornLogging::timerElapsed()
 
 // ---------------------------------------------------------------------------
 // Records
+//
+// Every operation a writer calls holds kills back while it changes the
+// record (thread/KillDeferral.h): a writer killed in a record leaves the
+// lock to the recovery of its critical sections, and the text, levels and
+// quiet timer whole, for the timer to finish.
 
 bool VornLogging::getLogAccess()
+{
+    return withKillsDeferred([this] { return grantItem(); });
+}
+
+bool VornLogging::grantItem()
 {
     m_lock.lock();
     if (m_logLevel < m_currentLevel) {
         m_lock.unlock();
         return false;
     }
-    resetTimer();
+    startQuietTimer();
     return true;
 }
 
 void VornLogging::endrecord()
 {
-    if (!m_lock.testAndSet()) {
-        return;
-    }
-    int level = m_logLevel;
-    std::string name = "Global";
-    cancelTimer();
-    if (!m_category.empty()) {
-        const auto found = m_categoryLevels.find(m_category);
-        if (found != m_categoryLevels.end()) {
-            level = found->second;
+    withKillsDeferred([this] {
+        if (!m_lock.testAndSet()) {
+            return;
         }
-        name = m_category;
-    }
-    // A refused record keeps its text for the next one that goes out.
-    if (level >= m_currentLevel || m_currentLevel == 0) {
-        writeRecord(name);
-    }
-    m_currentLevel = kAllCategoriesLevel;
-    m_category.clear();
-    m_lock.unwind();
+        int level = m_logLevel;
+        stopQuietTimer();
+        if (!m_category.empty()) {
+            const auto found = m_categoryLevels.find(m_category);
+            if (found != m_categoryLevels.end()) {
+                level = found->second;
+            }
+        }
+        // A refused record keeps its text for the next one that goes out.
+        if (level >= m_currentLevel || m_currentLevel == 0) {
+            writeRecord(m_category.empty() ? std::string("Global") : m_category);
+        }
+        m_currentLevel = kAllCategoriesLevel;
+        m_category.clear();
+        m_lock.unwind();
+    });
 }
 
+// The stream is emptied before the line is written: a writer killed in the
+// write leaves nothing behind for the quiet timer to write a second time.
 void VornLogging::writeRecord(const std::string& category)
 {
     const std::string text = m_stream.str();
     if (text.empty()) {
         return;
     }
+    m_stream.str(std::string());
     std::string line;
     line.reserve(64 + text.size());
     if (m_bPrefix && m_currentLevel != 0) {
@@ -301,7 +331,6 @@ void VornLogging::writeRecord(const std::string& category)
     if ((m_target & TargetStdout) != 0) {
         writeLine(stdout, line);
     }
-    m_stream.str(std::string());
 }
 
 // ---------------------------------------------------------------------------
@@ -315,18 +344,22 @@ void VornLogging::appendText(const char* text, std::size_t length)
 template <class T>
 VornLogging& VornLogging::appendFormatted(const char* format, T value)
 {
-    if (getLogAccess()) {
-        std::snprintf(g_szLogBuf, sizeof g_szLogBuf, format, value);
-        appendText(g_szLogBuf, std::strlen(g_szLogBuf));
-    }
+    withKillsDeferred([&] {
+        if (grantItem()) {
+            std::snprintf(g_szLogBuf, sizeof g_szLogBuf, format, value);
+            appendText(g_szLogBuf, std::strlen(g_szLogBuf));
+        }
+    });
     return *this;
 }
 
 VornLogging& VornLogging::operator<<(bool value)
 {
-    if (getLogAccess()) {
-        m_stream << (value ? "true" : "false");
-    }
+    withKillsDeferred([&] {
+        if (grantItem()) {
+            m_stream << (value ? "true" : "false");
+        }
+    });
     return *this;
 }
 
@@ -382,37 +415,44 @@ VornLogging& VornLogging::operator<<(const void* value)
 
 VornLogging& VornLogging::operator<<(const char* text)
 {
-    if (getLogAccess()) {
-        if (text == nullptr) {
-            m_stream.setstate(std::ios::badbit);
-        } else {
-            appendText(text, std::strlen(text));
+    withKillsDeferred([&] {
+        if (grantItem()) {
+            if (text == nullptr) {
+                m_stream.setstate(std::ios::badbit);
+            } else {
+                appendText(text, std::strlen(text));
+            }
         }
-    }
+    });
     return *this;
 }
 
 VornLogging& VornLogging::operator<<(const std::string& text)
 {
-    if (getLogAccess()) {
-        appendText(text.data(), text.size());
-    }
+    withKillsDeferred([&] {
+        if (grantItem()) {
+            appendText(text.data(), text.size());
+        }
+    });
     return *this;
 }
 
 VornLogging& VornLogging::operator<<(const ci_string& text)
 {
-    return *this << std::string(text.data(), text.size());
+    withKillsDeferred([&] { *this << std::string(text.data(), text.size()); });
+    return *this;
 }
 
 VornLogging& VornLogging::operator<<(const std::wstring& text)
 {
-    return *this << VornStringUtilities::narrow(text, VornLocaleFactory::getDefaultLocale(true));
+    withKillsDeferred([&] { *this << VornStringUtilities::narrow(text, VornLocaleFactory::getDefaultLocale(true)); });
+    return *this;
 }
 
 VornLogging& VornLogging::operator<<(const ci_wstring& text)
 {
-    return *this << std::wstring(text.c_str());
+    withKillsDeferred([&] { *this << std::wstring(text.c_str()); });
+    return *this;
 }
 
 VornLogging& VornLogging::operator<<(VornLogging& (*manipulator)(VornLogging&))

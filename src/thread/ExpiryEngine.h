@@ -36,7 +36,11 @@
 // asked for, a job is posted or an ended thread waits to be joined, and
 // lingers one second after its last work, so that a run of short-lived
 // threads does not start an engine each; then it ends. wantAlarmBy and
-// announceEnd start it again. A forked child starts with no engine thread,
+// announceEnd start it again. An alarm asked for by a timer that has left
+// the list by the time it is armed is armed all the same, so that the
+// records that follow cost nothing: after a logger's last record the
+// thread waits for the alarm of the first record's quiet timer, at most
+// its 60 seconds, and then lingers its second. A forked child starts with no engine thread,
 // no alarm and no ended threads of its parent. The stop sequence withdraws
 // the timer jobs before the manager is deleted and then joins the engine
 // for good.

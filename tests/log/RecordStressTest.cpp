@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include "support/KillableBodies.h"
 #include "support/Watchdog.h"
 
 #include <fcntl.h>
@@ -154,28 +155,6 @@ namespace {
 // write their records item by item, with no temporaries.
 VornCriticalSectionObject g_sections[3];
 std::atomic<bool> g_writersStop{false};
-
-unsigned nextRandom(unsigned state)
-{
-    state ^= state << 13;
-    state ^= state >> 17;
-    state ^= state << 5;
-    return state;
-}
-
-void lockLevels(VornCriticalSectionObject& section, unsigned levels)
-{
-    for (unsigned level = 0; level < levels; ++level) {
-        section.lock();
-    }
-}
-
-void unlockLevels(VornCriticalSectionObject& section, unsigned levels)
-{
-    for (unsigned level = 0; level < levels; ++level) {
-        section.unlock();
-    }
-}
 
 __attribute__((noinline)) void writeItems(VornLogging& log, unsigned n)
 {

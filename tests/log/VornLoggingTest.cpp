@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "support/ThreadCount.h"
+
 #include <signal.h>
 
 #include <algorithm>
@@ -229,4 +231,22 @@ TEST(VornLoggingTest, RecordsAfterTheFirstRaiseNoSignal)
     }
     EXPECT_LE(afterFirst, 1);
     EXPECT_EQ(raised.count(), afterFirst);
+}
+
+// The alarm armed for the first record's quiet timer keeps the library's
+// thread for at most the timer's period; it finds nothing due and the
+// thread ends a second later.
+TEST(VornLoggingSlowTest, TheLibrarysThreadEndsWithinAMinuteOfTheLastRecord)
+{
+    const int threadsBefore = countThreads();
+    VornLogging log("log", 0, 5);
+    const auto start = std::chrono::steady_clock::now();
+    for (int i = 0; i < 100; ++i) {
+        log << setloglevel(5) << "record " << i << endrecord;
+    }
+    while (countThreads() > threadsBefore && std::chrono::steady_clock::now() - start < std::chrono::seconds(90)) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    }
+    EXPECT_LE(countThreads(), threadsBefore);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(64));
 }

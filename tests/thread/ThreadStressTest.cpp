@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include "support/KillableBodies.h"
 #include "support/LibrarySignals.h"
 
 #include <atomic>
@@ -37,31 +38,6 @@ double secondsSince(Clock::time_point start)
 const int kSections = 3;
 VornCriticalSectionObject g_sections[kSections];
 std::atomic<bool> g_holdersStop{false};
-
-// A small generator whose state stays in registers: the killed bodies keep
-// no addressable locals, which the address sanitizer's frames would need
-// to unwind.
-unsigned nextRandom(unsigned state)
-{
-    state ^= state << 13;
-    state ^= state >> 17;
-    state ^= state << 5;
-    return state;
-}
-
-void lockLevels(VornCriticalSectionObject& section, unsigned levels)
-{
-    for (unsigned level = 0; level < levels; ++level) {
-        section.lock();
-    }
-}
-
-void unlockLevels(VornCriticalSectionObject& section, unsigned levels)
-{
-    for (unsigned level = 0; level < levels; ++level) {
-        section.unlock();
-    }
-}
 
 // Takes the sections in order, each zero to two times as the random value
 // says, then gives them back. Touches nothing of its thread object and has

@@ -15,6 +15,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <string_view>
 
 namespace VornSupport {
 
@@ -78,6 +79,20 @@ void appendPrefix(std::string& line, int level, const std::string& category)
     appendNumber(line, currentThreadTag());
     line += "] ";
 }
+
+// The text of the record in progress where the stream keeps it, without
+// the copy that str() makes: the put area of its buffer, which a class
+// derived from the buffer may name.
+struct RecordText : std::stringbuf {
+    static std::string_view of(std::ostringstream& stream)
+    {
+        char* (std::streambuf::*const putBase)() const = &RecordText::pbase;
+        char* (std::streambuf::*const putPointer)() const = &RecordText::pptr;
+        const std::stringbuf& buffer = *stream.rdbuf();
+        const char* begin = (buffer.*putBase)();
+        return std::string_view(begin, static_cast<std::size_t>((buffer.*putPointer)() - begin));
+    }
+};
 
 void writeLine(FILE* stream, const std::string& line)
 {
@@ -308,23 +323,25 @@ void VornLogging::endrecord()
     });
 }
 
-// The stream is emptied before the line is written: a writer killed in the
-// write leaves nothing behind for the quiet timer to write a second time.
+// Each thread builds its lines in a buffer of its own, which keeps its
+// size from one record to the next. The stream is emptied before the line
+// is written: a writer killed in the write leaves nothing behind for the
+// quiet timer to write a second time.
 void VornLogging::writeRecord(const std::string& category)
 {
-    const std::string text = m_stream.str();
+    const std::string_view text = RecordText::of(m_stream);
     if (text.empty()) {
         return;
     }
-    m_stream.str(std::string());
-    std::string line;
-    line.reserve(64 + text.size());
+    thread_local std::string line;
+    line.clear();
     if (m_bPrefix && m_currentLevel != 0) {
         appendPrefix(line, m_currentLevel, category);
     }
     // The text ends at its first NUL, as a C string would.
-    line.append(text.c_str());
+    line.append(text.substr(0, text.find('\0')));
     line += '\n';
+    m_stream.str(std::string());
     if ((m_target & TargetFile) != 0 && m_pFile != nullptr) {
         writeLine(m_pFile, line);
     }

@@ -80,7 +80,8 @@ void VornTimer::start(long milliseconds, bool oneShot)
 }
 
 // The timer leaves the list and comes back under one hold of the list lock,
-// so that the change is one: the first expiry moves once. Once the
+// so that the change is one: the first expiry moves once. A timer that is
+// not queued has nothing to leave. Once the
 // library's stop sequence has deleted the manager, a timer can neither
 // start nor stop, and says nothing about it.
 void VornTimer::start(long seconds, long milliseconds, bool oneShot)
@@ -89,7 +90,9 @@ void VornTimer::start(long seconds, long milliseconds, bool oneShot)
         try {
             VornTimerManager& manager = *VornTimerManager::getInstance();
             VornCriticalSection guard(manager.m_timersLock, true);
-            manager.takeOut(*this);
+            if (m_bQueued) {
+                manager.takeOut(*this);
+            }
             m_interval.set(seconds, milliseconds);
             m_bOneShot = oneShot;
             if (seconds < 1 && milliseconds < 1) {

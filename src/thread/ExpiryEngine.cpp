@@ -151,30 +151,32 @@ namespace {
 
 // reset(true) arms for the first timer, or starts a scan if that is due,
 // and each of them notes what it did. If it did neither, the list has
-// emptied since the alarm was asked for, or a scan is under way: the alarm
-// is armed for the second asked for all the same. It finds nothing due,
-// and meanwhile the changes that would have asked for it again (a record's
-// quiet timer, started and stopped) cost nothing. A thread that asked for
-// an earlier alarm meanwhile has raised SIGUSR1 again, and the job runs
-// once more.
+// emptied since the alarm was asked for, or a scan is under way, whose end
+// may have found this request and relied on it: the alarm is armed for the
+// second asked for all the same, or a scan started if that second has
+// come. It finds nothing due, and meanwhile the changes that would have
+// asked for it again (a record's quiet timer, started and stopped) cost
+// nothing. A thread that asked for an earlier alarm meanwhile has raised
+// SIGUSR1 again, and the job runs once more.
 void armForFirstExpiry()
 {
     const std::int64_t askedFor = g_alarmBy.load();
     const unsigned done = g_armedOrScanned.load();
+    VornTimerManager* manager;
     try {
-        VornTimerManager::getInstance()->reset(true);
+        manager = VornTimerManager::getInstance();
     } catch (const VornException&) {
         return;  // The manager is gone: there is nothing left to arm for.
     }
-    if (g_armedOrScanned.load() != done) {
+    manager->reset(true);
+    if (g_armedOrScanned.load() != done || askedFor == kNoAlarm) {
         return;
     }
     const std::int64_t distance = askedFor - static_cast<std::int64_t>(std::time(nullptr));
-    if (askedFor != kNoAlarm && distance > 0) {
+    if (distance > 0) {
         ExpiryEngine::armIntervalTimer(VornTimer::TimeInterval(static_cast<long>(distance), 0), askedFor);
     } else {
-        std::int64_t unchanged = askedFor;
-        g_alarmBy.compare_exchange_strong(unchanged, kNoAlarm);
+        ExpiryEngine::startTimerThread(*manager);
     }
 }
 

@@ -11,7 +11,9 @@
 // cancellation lands between the calls of a frame that has clean-ups. A
 // body that expects to be killed keeps its waiting or spinning part in such
 // a plain frame, and takes its locks with lock() and unlock() rather than a
-// scoped guard there.
+// scoped guard there. The library's own record and timer operations hold a
+// kill back while they work, and let it act as they return: a body may
+// write records and start or stop timers from such a frame.
 //
 // Ownership: whoever made a plain thread owns it, and its destructor waits
 // for the body to end. A thread marked for death owns itself from start on:

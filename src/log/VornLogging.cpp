@@ -324,9 +324,7 @@ void VornLogging::endrecord()
 }
 
 // Each thread builds its lines in a buffer of its own, which keeps its
-// size from one record to the next. The stream is emptied before the line
-// is written: a writer killed in the write leaves nothing behind for the
-// quiet timer to write a second time.
+// size from one record to the next. A kill waits for the write to return.
 void VornLogging::writeRecord(const std::string& category)
 {
     const std::string_view text = RecordText::of(m_stream);
@@ -342,6 +340,7 @@ void VornLogging::writeRecord(const std::string& category)
     line.append(text.substr(0, text.find('\0')));
     line += '\n';
     m_stream.str(std::string());
+    const KillsOff whileWriting;
     if ((m_target & TargetFile) != 0 && m_pFile != nullptr) {
         writeLine(m_pFile, line);
     }

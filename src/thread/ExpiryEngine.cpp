@@ -3,6 +3,7 @@
 #include <vsupt/VornException.h>
 #include <vsupt/VornTimerManager.h>
 
+#include "thread/KillDeferral.h"
 #include "thread/VornTimerThread.h"
 
 #include <semaphore.h>
@@ -83,11 +84,13 @@ void ExpiryEngine::wantAlarmBy(std::int64_t expirySecond)
             return;
         }
     } while (!g_alarmBy.compare_exchange_weak(alarmBy, expirySecond));
-    {
-        MutexHold state(g_stateMutex);
-        startEngineIfNotRunning();
-    }
-    raiseInProcess(SIGUSR1);
+    withKillsDeferred([] {
+        {
+            MutexHold state(g_stateMutex);
+            startEngineIfNotRunning();
+        }
+        raiseInProcess(SIGUSR1);
+    });
 }
 
 // ---------------------------------------------------------------------------
@@ -231,12 +234,14 @@ void ExpiryEngine::startTimerThread(VornTimerManager& manager)
 // the join.
 void ExpiryEngine::announceEnd(pthread_t thread)
 {
-    {
-        MutexHold state(g_stateMutex);
-        g_vExitThreads.push_back(thread);
-        startEngineIfNotRunning();
-    }
-    raiseInProcess(SIGUSR2);
+    withKillsDeferred([thread] {
+        {
+            MutexHold state(g_stateMutex);
+            g_vExitThreads.push_back(thread);
+            startEngineIfNotRunning();
+        }
+        raiseInProcess(SIGUSR2);
+    });
 }
 
 namespace {
@@ -337,14 +342,15 @@ void* engineMain(void*)
     }
 }
 
-// With g_stateMutex held. An engine that has decided to end holds nothing,
-// so joining it here is short.
+// With g_stateMutex held, and kills held back. An engine that has decided
+// to end holds nothing, so joining it here is short.
 void startEngineIfNotRunning()
 {
     if (g_running || g_closed) {
         return;
     }
     if (g_hasThread) {
+        const KillsOff whileJoining;
         pthread_join(g_thread, nullptr);
         g_hasThread = false;
     }

@@ -3,10 +3,11 @@
 // The road of one expiry, from the change of the list to the client's
 // handler:
 // 1. A thread changes the timer list. If the list's first expiry now comes
-//    before the alarm the engine has armed or been asked for, the manager's
-//    reset(false) calls wantAlarmBy, which raises SIGUSR1. A change that
-//    brings nothing forward costs no call at all: an alarm armed too early
-//    finds nothing due, and the scan it starts asks for the next one.
+//    before the alarm the engine has armed or been asked for, the manager
+//    (askForAlarm, as in reset(false)) calls wantAlarmBy, which raises
+//    SIGUSR1. A change that brings nothing forward costs no call at all:
+//    an alarm armed too early finds nothing due, and the scan it starts
+//    asks for the next one.
 // 2. The SIGUSR1 handler posts the arming job: it counts the job in an
 //    atomic and posts a semaphore, which is safe wherever the signal lands.
 // 3. The engine thread wakes and arms: the manager's reset(true) works out
@@ -29,8 +30,9 @@
 // engine thread, whose signal mask is empty; the timer threads it starts
 // inherit that mask. Job is the one hand-off from signal context: another
 // module may define a job of its own, enlist it before installing its
-// handler and post it from there, provided it keeps the engine running
-// while such posts may come.
+// handler and post it from there. The engine must then run while such
+// posts may come, since no thread can be started in a handler; a hold that
+// module takes would see to it.
 //
 // The engine thread is not permanent. It runs while an alarm is armed or
 // asked for, a job is posted or an ended thread waits to be joined, and
@@ -40,10 +42,10 @@
 // the list by the time it is armed is armed all the same, so that the
 // records that follow cost nothing: after a logger's last record the
 // thread waits for the alarm of the first record's quiet timer, at most
-// its 60 seconds, and then lingers its second. A forked child starts with no engine thread,
-// no alarm and no ended threads of its parent. The stop sequence withdraws
-// the timer jobs before the manager is deleted and then joins the engine
-// for good.
+// its 60 seconds, and then lingers its second. A forked child starts with
+// no engine thread, no alarm and no ended threads of its parent. The stop
+// sequence withdraws the timer jobs before the manager is deleted and then
+// joins the engine for good.
 //
 // Locks: the engine's state mutex is a leaf, taken by wantAlarmBy under the
 // manager's list lock and by announceEnd. Jobs run with no engine lock but

@@ -10,9 +10,12 @@
 // So an operation on the record and timer paths runs its work through
 // withKillsDeferred: cancellation is deferred for the work, and the
 // caller's type is given back as the operation's last step. A kill that
-// came meanwhile takes effect there, or earlier at a cancellation point
-// inside the work (a write), with every frame on the way up able to unwind.
-// Threads that are not cancelled asynchronously pay two cheap calls.
+// came meanwhile takes effect there, with every frame on the way up able
+// to unwind. The few cancellation points inside the work (a record's
+// write, the join of an ended engine thread) run under KillsOff, so that
+// no kill unwinds through the library's own frames; one that comes during
+// a write waits for the write to return. Threads that are not cancelled
+// asynchronously pay two cheap calls.
 //
 // The calling frame must have nothing to destroy (no local with a
 // destructor, no try block): a kill lands in it before the deferral and at
@@ -63,6 +66,20 @@ __attribute__((noinline)) VSUPT_CATCHES_FORCED_UNWIND auto runWithKillsDeferred(
         throw;
     }
 }
+
+// Turns kills off for a cancellation point inside work run by
+// withKillsDeferred. Turning them on again cannot act on a kill there, as
+// cancellation is deferred: the kill acts at the give-back.
+class KillsOff {
+public:
+    KillsOff() { pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &m_previous); }
+    ~KillsOff() { pthread_setcancelstate(m_previous, nullptr); }
+    KillsOff(const KillsOff&) = delete;
+    KillsOff& operator=(const KillsOff&) = delete;
+
+private:
+    int m_previous = PTHREAD_CANCEL_ENABLE;
+};
 
 template <class Work>
 auto withKillsDeferred(Work&& work) -> decltype(work())

@@ -63,6 +63,7 @@ VornTimer::~VornTimer()
     try {
         VornTimerManager::getInstance()->waitUntilNotFiring(*this);
     } catch (const VornException&) {
+        // The manager is gone: the library is stopping.
     }
 }
 
@@ -81,9 +82,9 @@ void VornTimer::start(long milliseconds, bool oneShot)
 
 // The timer leaves the list and comes back under one hold of the list lock,
 // so that the change is one: the first expiry moves once. A timer that is
-// not queued has nothing to leave. Once the
-// library's stop sequence has deleted the manager, a timer can neither
-// start nor stop, and says nothing about it.
+// not queued has nothing to leave. Once the library's stop sequence has
+// deleted the manager, a timer can neither start nor stop, and says nothing
+// about it.
 void VornTimer::start(long seconds, long milliseconds, bool oneShot)
 {
     withKillsDeferred([&] {

@@ -27,9 +27,12 @@
 // record, its lock was freed but its text left behind; when the timer has
 // run for 60 seconds, a short-lived thread finishes that record. The timer
 // itself never touches m_lock, so that m_lock and the timer manager's locks
-// are never taken in opposite orders. Starting and stopping it for each
-// record costs no system call once the first record has had an alarm
-// armed, so a record costs its write and nothing else.
+// are never taken in opposite orders. A record in steady state costs its
+// write and nothing else: cancelTimer marks the timer cancelled and leaves
+// it queued rather than stopping it, so that a record needs no lock of the
+// timer list, and resetTimer leaves a timer queued for the very second a
+// restart would give it. An expiry that finds no record open only stops
+// the timer, which no client can tell from a timer stopped at endrecord.
 //
 // A writer killed in a record dies at the end of the call it was in
 // (setloglevel, an item, endrecord) or in the write itself, never in the
@@ -126,6 +129,7 @@ public:
     // Opens the file unless it is open. A failure is told on stderr, and the
     // logger goes on without a file.
     void openLogFile();
+    // Marks the quiet timer cancelled; its next expiry stops it.
     void cancelTimer();
     // Starts the quiet timer, unless it runs already for the open record.
     void resetTimer();

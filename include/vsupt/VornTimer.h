@@ -74,6 +74,12 @@ public:
 
 private:
     friend class VornTimerManager;
+    friend class VornLogging;
+
+    // For the logger's quiet timer: reset, unless the timer is queued with
+    // the very expiry a reset would give it, once no scan calls its set().
+    // Gives the expiry's second.
+    std::int64_t resetUnlessUnchanged();
 
     TimeInterval m_interval;
     TimeInterval m_expiry;

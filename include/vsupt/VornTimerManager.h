@@ -43,6 +43,7 @@
 
 namespace VornSupport {
 
+class VornCriticalSection;
 class VornTimerThread;
 
 class VSUPT_API VornTimerManager {
@@ -85,6 +86,8 @@ private:
     void removeIfQueued(VornTimer& timer);
     void fire(VornTimer& timer);
     void waitUntilNotFiring(const VornTimer& timer);
+    // The same with the list lock held once, by guard.
+    void waitUntilNotFiring(const VornTimer& timer, VornCriticalSection& guard);
 
     VornEvent m_event;  // kept for the layout of the class
     std::vector<VornTimer*> m_timers;

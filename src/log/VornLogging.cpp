@@ -29,6 +29,19 @@ thread_local char g_szLogBuf[8192];
 const int kAllCategoriesLevel = 9;
 const long kQuietTimerMs = 60000;
 
+// The logger and the second for which this thread last found the quiet
+// timer queued (see startQuietTimer).
+struct QuietTimerSeen {
+    const VornLogging* logger = nullptr;
+    unsigned long loggersGone = 0;
+    std::int64_t second = 0;
+};
+
+thread_local QuietTimerSeen t_quietTimerSeen;
+
+// A logger made where a destroyed one stood is not the one remembered.
+std::atomic<unsigned long> g_loggersGone{0};
+
 // "YYYYMMDD_HH:MM:SS" of the local time now, as a fresh VornDateTime gives
 // it. Records come many to a second, so each thread keeps the text of the
 // last second it formatted.
@@ -143,6 +156,7 @@ VornLogging::~VornLogging()
         m_pInstance = nullptr;
     }
     VornLogging::stopLogging(0);
+    ++g_loggersGone;
 }
 
 void VornLogging::setInstance(VornLogging& logger)
@@ -226,10 +240,22 @@ void VornLogging::openLogFile()
 // ---------------------------------------------------------------------------
 // The quiet timer
 
-// Under m_lock. Starting and stopping the timer for each record costs no
-// system call: the timer is due later than the alarm the first record had
-// armed for its own, and an alarm that comes before any record is open
-// finds nothing due.
+// The timer runs on a record's account from its first granted item to
+// endrecord, and m_bTimerCancelled says whether it does. Neither end of a
+// record touches the timer list if it need not. endrecord only raises the
+// flag: the timer stays queued, and if it expires before another record has
+// begun, its handler sees the flag and stops it, without a thread. A record
+// that begins restarts the timer, unless it is queued already for the very
+// second a restart would give it, as it is for every record after the first
+// in that second; each thread remembers the last second it found so, and
+// then needs no lock of the list at all. A timer found so cannot be
+// expiring meanwhile, since its second lies a full period ahead; and the
+// flag is lowered only once no handler of the timer runs, so a handler
+// never takes a record just begun for one that has lasted the period.
+//
+// The flag is read by the handler without m_lock, so it is read and written
+// atomically.
+
 void VornLogging::cancelTimer()
 {
     withKillsDeferred([this] { stopQuietTimer(); });
@@ -237,8 +263,7 @@ void VornLogging::cancelTimer()
 
 void VornLogging::stopQuietTimer()
 {
-    m_timer.stop();
-    m_bTimerCancelled = true;
+    __atomic_store_n(&m_bTimerCancelled, true, __ATOMIC_RELEASE);
 }
 
 void VornLogging::resetTimer()
@@ -249,10 +274,18 @@ void VornLogging::resetTimer()
 // The 60 seconds count from the record's first granted item.
 void VornLogging::startQuietTimer()
 {
-    if (m_bTimerCancelled) {
-        m_timer.reset();
-        m_bTimerCancelled = false;
+    if (!__atomic_load_n(&m_bTimerCancelled, __ATOMIC_ACQUIRE)) {
+        return;
     }
+    QuietTimerSeen& seen = t_quietTimerSeen;
+    const std::int64_t due = static_cast<std::int64_t>(std::time(nullptr)) + kQuietTimerMs / 1000;
+    const unsigned long loggersGone = g_loggersGone.load(std::memory_order_relaxed);
+    if (seen.logger != this || seen.loggersGone != loggersGone || seen.second != due) {
+        seen.second = m_timer.resetUnlessUnchanged();
+        seen.logger = this;
+        seen.loggersGone = loggersGone;
+    }
+    __atomic_store_n(&m_bTimerCancelled, false, __ATOMIC_RELEASE);
 }
 
 // Runs inside the timer manager's scan, which holds the manager's locks:
@@ -260,6 +293,10 @@ void VornLogging::startQuietTimer()
 // the record is finished on a thread of its own.
 void VornLogging::handleNotification(VornCollaborator&, const VornNotification&)
 {
+    if (__atomic_load_n(&m_bTimerCancelled, __ATOMIC_ACQUIRE)) {
+        m_timer.stop();
+        return;
+    }
     VornLoggingEventTimerThread* thread = new VornLoggingEventTimerThread(this);
     thread->setMarkForDeath();
     thread->start();

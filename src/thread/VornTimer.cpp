@@ -5,6 +5,8 @@
 
 #include "thread/KillDeferral.h"
 
+#include <ctime>
+
 namespace VornSupport {
 
 // ---------------------------------------------------------------------------
@@ -103,6 +105,31 @@ void VornTimer::start(long seconds, long milliseconds, bool oneShot)
             manager.askForAlarm();
         } catch (const VornException&) {
             // The manager is gone: the library is stopping.
+        }
+    });
+}
+
+// The check and the reset are one hold of the list lock, taken when no scan
+// is calling set(): the expiry found is not one that a scan has just given
+// a repeating timer while its handler runs.
+std::int64_t VornTimer::resetUnlessUnchanged()
+{
+    return withKillsDeferred([this] {
+        try {
+            VornTimerManager& manager = *VornTimerManager::getInstance();
+            VornCriticalSection guard(manager.m_timersLock, true);
+            manager.waitUntilNotFiring(*this, guard);
+            const std::int64_t due = static_cast<std::int64_t>(std::time(nullptr)) + m_interval.m_seconds;
+            if (!m_bQueued || m_expiry.m_seconds != due) {
+                if (m_bQueued) {
+                    manager.takeOut(*this);
+                }
+                manager.addImpl(*this);
+                manager.askForAlarm();
+            }
+            return m_expiry.m_seconds;
+        } catch (const VornException&) {
+            return std::int64_t{0};  // The manager is gone: the library is stopping.
         }
     });
 }

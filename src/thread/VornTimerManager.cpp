@@ -210,6 +210,11 @@ void VornTimerManager::fire(VornTimer& timer)
 void VornTimerManager::waitUntilNotFiring(const VornTimer& timer)
 {
     VornCriticalSection guard(m_timersLock, true);
+    waitUntilNotFiring(timer, guard);
+}
+
+void VornTimerManager::waitUntilNotFiring(const VornTimer& timer, VornCriticalSection& guard)
+{
     while (m_pFiring == &timer && !pthread_equal(m_firingThread, pthread_self())) {
         guard.unlock();
         usleep(1000);

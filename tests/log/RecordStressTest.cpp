@@ -26,17 +26,11 @@
 #include <vector>
 
 using namespace VornSupport;
-using Clock = std::chrono::steady_clock;
 
 namespace {
 
 const auto kRunTime = std::chrono::seconds(60);
 const auto kHangLimit = std::chrono::seconds(200);
-
-double secondsSince(Clock::time_point start)
-{
-    return std::chrono::duration<double>(Clock::now() - start).count();
-}
 
 // "<kind><id> a<n> b<n> c<n> d<n>": a line is whole when it is exactly that.
 void writeNumbered(VornLogging& log, char kind, int id, long n)
@@ -235,22 +229,9 @@ TEST(KilledWritersStressTest, WritersKilledEveryFiftyMillisecondsLeaveEveryLockF
             contenders.push_back(std::make_unique<LockingWriter>(log, contenderRounds));
             contenders.back()->start();
         }
-        long lastRounds = 0;
-        auto lastProgress = Clock::now();
-        const auto start = Clock::now();
-        while (Clock::now() - start < kRunTime) {
-            auto victim = std::make_unique<LockingWriter>(log, victimRounds);
-            victim->start();
-            victim->setMarkForKill();
-            std::this_thread::sleep_for(std::chrono::milliseconds(50));
-            victim->kill();
-            ++kills;
-            if (contenderRounds != lastRounds) {
-                lastRounds = contenderRounds;
-                lastProgress = Clock::now();
-            }
-            ASSERT_LT(secondsSince(lastProgress), 10.0) << "the contenders stopped after " << kills << " kills";
-        }
+        kills = killVictims(
+            kRunTime, [&] { return std::make_unique<LockingWriter>(log, victimRounds); },
+            [] { return std::chrono::milliseconds(50); }, contenderRounds);
         g_writersStop = true;
         for (auto& contender : contenders) {
             contender->waitForThreadExit();
@@ -258,11 +239,8 @@ TEST(KilledWritersStressTest, WritersKilledEveryFiftyMillisecondsLeaveEveryLockF
         // Give the last cancellation time to land.
         std::this_thread::sleep_for(std::chrono::milliseconds(200));
     }
-    for (int s = 0; s < 3; ++s) {
-        EXPECT_TRUE(g_sections[s].testAndSet()) << "section " << s;
-        EXPECT_EQ(g_sections[s].lockCount(), 1) << "section " << s;
-        g_sections[s].unwind();
-    }
+    ASSERT_NE(kills, -1) << "the contenders stopped";
+    expectAllFree(g_sections, 3);
     // The logger's lock is free too: a record from here gets through.
     testing::internal::CaptureStdout();
     log << setloglevel(1) << "after" << endrecord;

@@ -83,34 +83,17 @@ TEST(VornThreadStressTest, KilledLockHoldersNeverLeaveALockHeldNorStopTheOthers)
         contenders.back()->start();
     }
     unsigned seed = 1;
-    long kills = 0;
-    long lastRounds = 0;
-    auto lastProgress = Clock::now();
-    const auto start = Clock::now();
-    while (Clock::now() - start < kRunTime) {
-        auto victim = std::make_unique<LockHolder>(victimRounds);
-        victim->start();
-        victim->setMarkForKill();
-        std::this_thread::sleep_for(std::chrono::microseconds(rand_r(&seed) % 3000));
-        victim->kill();
-        ++kills;
-        if (contenderRounds != lastRounds) {
-            lastRounds = contenderRounds;
-            lastProgress = Clock::now();
-        }
-        ASSERT_LT(secondsSince(lastProgress), 10.0) << "the contenders stopped after " << kills << " kills";
-    }
+    const long kills = killVictims(
+        kRunTime, [] { return std::make_unique<LockHolder>(victimRounds); },
+        [&seed] { return std::chrono::microseconds(rand_r(&seed) % 3000); }, contenderRounds);
     g_holdersStop = true;
     for (auto& contender : contenders) {
         contender->waitForThreadExit();
     }
+    ASSERT_NE(kills, -1) << "the contenders stopped";
     // Give the last cancellation time to land.
     std::this_thread::sleep_for(std::chrono::milliseconds(200));
-    for (int s = 0; s < kSections; ++s) {
-        EXPECT_TRUE(g_sections[s].testAndSet()) << "section " << s;
-        EXPECT_EQ(g_sections[s].lockCount(), 1) << "section " << s;
-        g_sections[s].unwind();
-    }
+    expectAllFree(g_sections, kSections);
     EXPECT_GT(kills, 1000);
     EXPECT_GT(victimRounds, 0);
 }

@@ -21,6 +21,7 @@
 // because a client's handler run on the changing thread ran inside that
 // thread's open log record, mixed the two records and took the logger's
 // lock and the manager's in opposite orders until both threads deadlocked.
+// A scan that ends with the first timer due scans again on its own thread.
 //
 // m_timersLock guards the list; m_elapsedLock lets one scan run at a time.
 // A scan takes m_elapsedLock, then m_timersLock, and nothing takes them in
@@ -82,6 +83,8 @@ private:
     void addImpl(VornTimer& timer);
     void takeOut(VornTimer& timer);
     void askForAlarm();
+    void scanOnce();
+    bool firstIsDue();
 
     void removeIfQueued(VornTimer& timer);
     void fire(VornTimer& timer);

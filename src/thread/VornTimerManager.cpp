@@ -143,14 +143,28 @@ void VornTimerManager::reset(bool arm)
     if (m_bInElapsed || m_timers.empty()) {
         return;
     }
-    const VornTimer::TimeInterval& first = m_timers.front()->m_expiry;
-    m_nextInterval = first;
-    m_nextInterval.m_seconds -= static_cast<std::int64_t>(std::time(nullptr));
-    if (m_nextInterval.m_seconds < 0 || (m_nextInterval.m_seconds == 0 && m_nextInterval.m_milliseconds == 0)) {
+    if (firstIsDue()) {
         timeout();
     } else {
-        ExpiryEngine::armIntervalTimer(m_nextInterval, first.m_seconds);
+        ExpiryEngine::armIntervalTimer(m_nextInterval, m_timers.front()->m_expiry.m_seconds);
     }
+}
+
+// A scan that leaves the first timer due scans again on its own thread, as
+// a one-shot timer started again after it fired does: its mark from the
+// earlier scan makes the first scan pass it by. Otherwise it asks for the
+// alarm of the first expiry.
+void VornTimerManager::elapsed()
+{
+    VornCriticalSection scanGuard(m_elapsedLock, true);
+    if (m_bInElapsed) {
+        return;
+    }
+    VornCriticalSection listGuard(m_timersLock, true);
+    do {
+        scanOnce();
+    } while (!m_timers.empty() && firstIsDue());
+    askForAlarm();
 }
 
 // Each timer is looked at once per scan; after every expiry the walk starts
@@ -159,13 +173,8 @@ void VornTimerManager::reset(bool arm)
 // runs, and the handler runs with the list lock given back. A one-shot timer
 // that fired is no longer in the list when the flags are cleared, and keeps
 // its mark until a later scan.
-void VornTimerManager::elapsed()
+void VornTimerManager::scanOnce()
 {
-    VornCriticalSection scanGuard(m_elapsedLock, true);
-    if (m_bInElapsed) {
-        return;
-    }
-    VornCriticalSection listGuard(m_timersLock, true);
     m_bInElapsed = true;
     std::size_t position = 0;
     while (position < m_timers.size()) {
@@ -190,8 +199,15 @@ void VornTimerManager::elapsed()
         timer->m_bVisited = false;
     }
     m_bInElapsed = false;
-    listGuard.unlock();
-    reset(false);
+}
+
+// With the list lock held and the list not empty: works out the distance to
+// the first expiry, and whether it is due.
+bool VornTimerManager::firstIsDue()
+{
+    m_nextInterval = m_timers.front()->m_expiry;
+    m_nextInterval.m_seconds -= static_cast<std::int64_t>(std::time(nullptr));
+    return m_nextInterval.m_seconds < 0 || (m_nextInterval.m_seconds == 0 && m_nextInterval.m_milliseconds == 0);
 }
 
 // The list lock is given back around the handler by a bare unlock, as the

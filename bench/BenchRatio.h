@@ -9,9 +9,14 @@
 //   };
 //
 // Names are benchmark names as reported ("BM_X/real_time/threads:2"), and
-// the ratio is of real time per iteration. With --benchmark_repetitions the
-// medians are compared. A target of 0 means that the ratio is for reading
-// only; otherwise the line says whether the ratio is at most the target.
+// the ratio is of real time per iteration. A pair of benchmarks that run on
+// one thread and never wait may ask for CPU time instead (Clock::Cpu): the
+// thread's CPU time leaves out the moments when other processes had the
+// processor, which on a shared machine swing a real-time ratio of two
+// samples taken seconds apart by half either way. With
+// --benchmark_repetitions the medians are compared. A target of 0 means that
+// the ratio is for reading only; otherwise the line says whether the ratio is
+// at most the target.
 // BenchMain.cpp, linked into every benchmark program, runs the benchmarks
 // with RatioReporter.
 #ifndef VSUPT_BENCH_BENCHRATIO_H
@@ -30,11 +35,14 @@
 
 namespace vsupt_bench {
 
+enum class Clock { Real, Cpu };
+
 struct Ratio {
     std::string title;
     std::string numerator;
     std::string denominator;
     double target;
+    Clock clock = Clock::Real;
 };
 
 inline std::vector<Ratio>& registeredRatios()
@@ -65,11 +73,12 @@ public:
             if (run.error_occurred) {
                 continue;
             }
-            const double seconds = run.GetAdjustedRealTime() / benchmark::GetTimeUnitMultiplier(run.time_unit);
+            const double multiplier = benchmark::GetTimeUnitMultiplier(run.time_unit);
+            const Times times{run.GetAdjustedRealTime() / multiplier, run.GetAdjustedCPUTime() / multiplier};
             if (run.run_type == Run::RT_Iteration) {
-                m_samples[run.run_name.str()].push_back(seconds);
+                m_samples[run.run_name.str()].push_back(times);
             } else if (run.aggregate_name == "median") {
-                m_medians[run.run_name.str()] = seconds;
+                m_medians[run.run_name.str()] = times;
             }
         }
     }
@@ -79,10 +88,12 @@ public:
         ConsoleReporter::Finalize();
         std::string lines;
         for (const Ratio& ratio : m_ratios) {
-            lines += "ratio " + ratio.title + ": " + ratio.numerator + " / " + ratio.denominator + " = ";
+            lines += "ratio " + ratio.title + (ratio.clock == Clock::Cpu ? " (CPU time)" : "") + ": " +
+                     ratio.numerator + " / " + ratio.denominator + " = ";
             double numerator = 0;
             double denominator = 0;
-            if (!timeOf(ratio.numerator, numerator) || !timeOf(ratio.denominator, denominator) || denominator <= 0) {
+            if (!timeOf(ratio.numerator, ratio.clock, numerator) || !timeOf(ratio.denominator, ratio.clock, denominator) ||
+                denominator <= 0) {
                 lines += "not measured\n";
                 continue;
             }
@@ -98,17 +109,26 @@ public:
     }
 
 private:
-    bool timeOf(const std::string& name, double& seconds)
+    struct Times {
+        double real;
+        double cpu;
+        double of(Clock clock) const { return clock == Clock::Cpu ? cpu : real; }
+    };
+
+    bool timeOf(const std::string& name, Clock clock, double& seconds)
     {
         if (auto median = m_medians.find(name); median != m_medians.end()) {
-            seconds = median->second;
+            seconds = median->second.of(clock);
             return true;
         }
         auto samples = m_samples.find(name);
         if (samples == m_samples.end()) {
             return false;
         }
-        std::vector<double>& values = samples->second;
+        std::vector<double> values;
+        for (const Times& times : samples->second) {
+            values.push_back(times.of(clock));
+        }
         std::nth_element(values.begin(), values.begin() + values.size() / 2, values.end());
         seconds = values[values.size() / 2];
         return true;
@@ -122,8 +142,8 @@ private:
     }
 
     std::vector<Ratio> m_ratios;
-    std::map<std::string, std::vector<double>> m_samples;
-    std::map<std::string, double> m_medians;
+    std::map<std::string, std::vector<Times>> m_samples;
+    std::map<std::string, Times> m_medians;
 };
 
 }  // namespace vsupt_bench

@@ -1,11 +1,14 @@
 // Writing a million ints into a buffer stream against appending their bytes
-// to a std::vector<char>, and reading ints back at growing counts. Every
-// read moves the unread rest of the payload down to the front, so reading a
-// whole stream back costs time in the square of its size; the complexity
-// line of the read-back shows it.
+// to a std::vector<char>, and reading 10 000 and 100 000 ints back against
+// reading them from a vector. The scaling row (100 000 against 10 000) shows
+// whether reading back grows with the payload alone (10x). Every read and
+// write of a stream takes the stream's lock, so the rows against a vector
+// read or append under that same lock for each value show what the stream
+// costs beyond its lock.
 #include "BenchRatio.h"
 
 #include <vsupt/VornBufferStream.h>
+#include <vsupt/VornCriticalSection.h>
 
 #include <cstring>
 #include <vector>
@@ -13,13 +16,28 @@
 namespace {
 
 using VornSupport::VornBufferStream;
+using VornSupport::VornCriticalSection;
+using VornSupport::VornCriticalSectionObject;
 
 const vsupt_bench::RatioRegistration ratios{
-    {"write a million ints", "BM_VornBufferStream_WriteMillionInts", "BM_VectorChar_AppendMillionInts", 0},
-    {"read back 16384 ints", "BM_VornBufferStream_ReadBack/16384", "BM_VectorChar_ReadBack/16384", 0},
+    {"write a million ints", "BM_VornBufferStream_WriteMillionInts", "BM_VectorChar_AppendMillionInts", 2},
+    {"write a million ints vs appending under the same lock", "BM_VornBufferStream_WriteMillionInts",
+     "BM_LockedVectorChar_AppendMillionInts", 0},
+    {"read back 100 000 ints", "BM_VornBufferStream_ReadBack/100000", "BM_VectorChar_ReadBack/100000", 3},
+    {"read back 100 000 ints vs reading under the same lock", "BM_VornBufferStream_ReadBack/100000",
+     "BM_LockedVectorChar_ReadBack/100000", 0},
+    {"read back, 100 000 vs 10 000 ints", "BM_VornBufferStream_ReadBack/100000", "BM_VornBufferStream_ReadBack/10000",
+     12},
+    {"vector read, 100 000 vs 10 000 ints", "BM_VectorChar_ReadBack/100000", "BM_VectorChar_ReadBack/10000", 0},
 };
 
 const int kMillion = 1000000;
+
+void appendInt(std::vector<char>& bytes, int value)
+{
+    const char* first = reinterpret_cast<const char*>(&value);
+    bytes.insert(bytes.end(), first, first + sizeof value);
+}
 
 void BM_VornBufferStream_WriteMillionInts(benchmark::State& state)
 {
@@ -38,13 +56,26 @@ void BM_VectorChar_AppendMillionInts(benchmark::State& state)
     for (auto _ : state) {
         std::vector<char> bytes;
         for (int i = 0; i < kMillion; ++i) {
-            const char* value = reinterpret_cast<const char*>(&i);
-            bytes.insert(bytes.end(), value, value + sizeof i);
+            appendInt(bytes, i);
         }
         benchmark::DoNotOptimize(bytes.data());
     }
 }
 BENCHMARK(BM_VectorChar_AppendMillionInts)->Unit(benchmark::kMillisecond);
+
+void BM_LockedVectorChar_AppendMillionInts(benchmark::State& state)
+{
+    VornCriticalSectionObject lock;
+    for (auto _ : state) {
+        std::vector<char> bytes;
+        for (int i = 0; i < kMillion; ++i) {
+            VornCriticalSection guard(lock, true);
+            appendInt(bytes, i);
+        }
+        benchmark::DoNotOptimize(bytes.data());
+    }
+}
+BENCHMARK(BM_LockedVectorChar_AppendMillionInts)->Unit(benchmark::kMillisecond);
 
 void BM_VornBufferStream_ReadBack(benchmark::State& state)
 {
@@ -63,14 +94,13 @@ void BM_VornBufferStream_ReadBack(benchmark::State& state)
         }
         benchmark::DoNotOptimize(value);
     }
-    state.SetComplexityN(count);
 }
-BENCHMARK(BM_VornBufferStream_ReadBack)->RangeMultiplier(4)->Range(1 << 10, 1 << 14)->Complexity();
+BENCHMARK(BM_VornBufferStream_ReadBack)->Arg(10000)->Arg(100000)->Unit(benchmark::kMicrosecond);
 
 void BM_VectorChar_ReadBack(benchmark::State& state)
 {
-    const auto count = static_cast<int>(state.range(0));
-    std::vector<char> bytes(static_cast<std::size_t>(count) * sizeof(int));
+    const auto count = static_cast<std::size_t>(state.range(0));
+    std::vector<char> bytes(count * sizeof(int));
     for (auto _ : state) {
         int value = 0;
         for (std::size_t offset = 0; offset < bytes.size(); offset += sizeof value) {
@@ -78,8 +108,23 @@ void BM_VectorChar_ReadBack(benchmark::State& state)
             benchmark::DoNotOptimize(value);
         }
     }
-    state.SetComplexityN(count);
 }
-BENCHMARK(BM_VectorChar_ReadBack)->RangeMultiplier(4)->Range(1 << 10, 1 << 14)->Complexity();
+BENCHMARK(BM_VectorChar_ReadBack)->Arg(10000)->Arg(100000)->Unit(benchmark::kMicrosecond);
+
+void BM_LockedVectorChar_ReadBack(benchmark::State& state)
+{
+    const auto count = static_cast<std::size_t>(state.range(0));
+    std::vector<char> bytes(count * sizeof(int));
+    VornCriticalSectionObject lock;
+    for (auto _ : state) {
+        int value = 0;
+        for (std::size_t offset = 0; offset < bytes.size(); offset += sizeof value) {
+            VornCriticalSection guard(lock, true);
+            std::memcpy(&value, bytes.data() + offset, sizeof value);
+            benchmark::DoNotOptimize(value);
+        }
+    }
+}
+BENCHMARK(BM_LockedVectorChar_ReadBack)->Arg(100000)->Unit(benchmark::kMicrosecond);
 
 }  // namespace

@@ -13,6 +13,9 @@ install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/vsupt/
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/vsupt
   COMPONENT Development
   FILES_MATCHING PATTERN "*.h")
+install(FILES ${VSUPT_GENERATED_INCLUDE_DIR}/vsupt/VsuptVersion.h
+  DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/vsupt
+  COMPONENT Development)
 
 install(EXPORT vsuptTargets
   NAMESPACE vsupt::
@@ -27,8 +30,9 @@ install(FILES ${PROJECT_BINARY_DIR}/vsuptConfig.cmake ${PROJECT_BINARY_DIR}/vsup
   DESTINATION ${VSUPT_CMAKE_INSTALL_DIR}
   COMPONENT Development)
 
-# The pkg-config file finds its prefix from its own location, so that the
-# installed tree may be put elsewhere (cmake --install --prefix, DESTDIR).
+# The headers need C++17: the pkg-config file asks for it (a program that
+# wants a later standard gives its own -std after these flags). It finds its
+# prefix from its own location, so that the installed tree may be put elsewhere (cmake --install --prefix, DESTDIR).
 # Directories given as absolute paths stay absolute.
 cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX
   BASE_DIRECTORY ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig

@@ -1,13 +1,23 @@
 // libvsupt end to end: a small service whose heartbeat is a repeating
-// timer.
+// timer, shaped to run under the usual service tooling.
 //
 // main installs a logger, reads its options and a property file, and starts
 // the service, as a daemon unless -foreground is given. The parent of the
-// daemon leaves with the child's word on the start-up: 0 started, 1 failed.
+// daemon leaves with the child's word on the start-up: 0 started, 1 failed,
+// so start-stop-daemon and systemd (Type=forking) see a real status. Before
+// that word, the daemon lets go of its caller's standard input, output and
+// error (so that out=$(vsupt-demo ...) returns at once) and writes its
+// process id file, readable by all and writable by its owner alone, as
+// start-stop-daemon --pidfile and systemd's PIDFile= expect.
+//
 // In the service, a VornTimer fires every heartbeat.seconds; its dependent
 // writes a record at each expiry, on the timer's own short-lived thread.
-// SIGTERM or SIGINT stops the service: serviceStop ends the timer, main
-// returns, and the library takes itself down.
+// SIGHUP asks for the log file to be opened again by its name (log rotation
+// that renames the file and creates a new one): the handler only notes the
+// request, and the next heartbeat reopens the file, outside signal context.
+// SIGTERM or SIGINT stops the service: serviceStop ends the timer and
+// removes the process id file, main returns, and the library takes itself
+// down.
 //
 // Options: -config FILE (-c), -foreground (-f), -pidfile FILE (-p), the
 // file that holds the service's process id while it runs (default
@@ -22,6 +32,9 @@
 #include <vsupt/VornStringUtilities.h>
 #include <vsupt/VornTimer.h>
 
+#include <fcntl.h>
+#include <signal.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -44,11 +57,32 @@ bool logsAt(int level)
     return VornLogging::isAccessAllowed() && logger().getLogLevel() >= level;
 }
 
+// Set by the SIGHUP handler, which may run in the middle of anything (a
+// record, malloc) and so does nothing else; a heartbeat takes it up.
+std::atomic<bool> g_reopenRequested{false};
+
+void requestReopen(int)
+{
+    g_reopenRequested = true;
+}
+
+void reopenOnSighup()
+{
+    struct sigaction action = {};
+    action.sa_handler = requestReopen;
+    action.sa_flags = SA_RESTART;
+    sigemptyset(&action.sa_mask);
+    sigaction(SIGHUP, &action, nullptr);
+}
+
 // Hears the timer's expiries, each on a thread of its own.
 class HeartbeatWriter : public VornDependent {
 public:
     void handleNotification(VornCollaborator&, const VornNotification&) override
     {
+        if (g_reopenRequested.exchange(false) && logger().reopenLogFile() && logsAt(5)) {
+            logger() << setloglevel("service", 5) << "log file reopened" << endrecord;
+        }
         const int beat = ++m_beats;
         if (logsAt(5)) {
             logger() << setloglevel("timer", 5) << "heartbeat " << beat << endrecord;
@@ -72,6 +106,12 @@ public:
 
     bool serviceStart(const std::string& greeting) override
     {
+        if (m_bDaemon && !releaseStandardStreams()) {
+            if (logsAt(1)) {
+                logger() << setloglevel("service", 1) << serviceName() << ": cannot open /dev/null" << endrecord;
+            }
+            return false;
+        }
         if (!writePidFile()) {
             if (logsAt(1)) {
                 logger() << setloglevel("service", 1) << serviceName() << ": cannot write " << m_pidFile << endrecord;
@@ -79,6 +119,7 @@ public:
             return false;
         }
         const long seconds = std::atol(m_settings.getProperty("heartbeat.seconds", "1").c_str());
+        reopenOnSighup();
         m_timer.addDependent(m_writer);
         m_timer.start(seconds, 0, false);
         if (logsAt(5)) {
@@ -101,14 +142,36 @@ public:
     }
 
 private:
-    bool writePidFile() const
+    // The daemon's records go to its log file; standard input, output and
+    // error become /dev/null.
+    static bool releaseStandardStreams()
     {
-        FILE* file = std::fopen(m_pidFile.c_str(), "w");
-        if (file == nullptr) {
+        const int null = open("/dev/null", O_RDWR);
+        if (null < 0) {
             return false;
         }
-        std::fprintf(file, "%d\n", static_cast<int>(getpid()));
-        return std::fclose(file) == 0;
+        bool moved = true;
+        for (int standard : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+            moved = dup2(null, standard) == standard && moved;
+        }
+        if (null > STDERR_FILENO) {
+            close(null);
+        }
+        return moved;
+    }
+
+    // Mode 0644 whatever the umask (the daemon runs with 0): a file that
+    // others may write is refused by the tools that read it.
+    bool writePidFile() const
+    {
+        const int file = open(m_pidFile.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
+        if (file < 0) {
+            return false;
+        }
+        const std::string text = std::to_string(getpid()) + "\n";
+        const bool written = fchmod(file, 0644) == 0 &&
+                             write(file, text.data(), text.size()) == static_cast<ssize_t>(text.size());
+        return close(file) == 0 && written;
     }
 
     const VornProperties<std::string>& m_settings;
@@ -158,6 +221,10 @@ int main(int argc, char** argv)
     try {
         const VornProgramOptions options(argc, argv, "c:fp:", ":config.:foreground:pidfile.:", false);
         foreground = hasOption(options, "foreground", "f");
+        // A daemon writes its records to the file only.
+        if (!foreground) {
+            log.setTarget(VornLogging::TargetFile);
+        }
         pidFile = absolutePath(option(options, "pidfile", "p", "demo.pid"));
         const std::string configuration = option(options, "config", "c", "");
         if (!configuration.empty()) {
@@ -168,11 +235,6 @@ int main(int argc, char** argv)
         return 2;
     }
 
-    // A daemon keeps the terminal it was started from, but writes its
-    // records to the file only.
-    if (!foreground) {
-        log.setTarget(VornLogging::TargetFile);
-    }
     DemoService service(settings, pidFile);
     const std::string greeting = VornExpandString(settings.getProperty("greeting", "hello"), settings);
     const bool ran = service.start(greeting, !foreground);

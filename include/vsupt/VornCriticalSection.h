@@ -44,9 +44,10 @@ private:
 }  // namespace VornSupport
 
 // Frees every critical section the calling thread holds, whatever the
-// recursion depth, and empties its list of held locks. The thread entry
-// function runs it when a body is left by cancellation. The argument is
-// ignored.
+// recursion depth, and empties its list of held locks; a section the thread
+// was half-way through taking or giving back is freed if the thread holds it
+// and left alone otherwise. The thread entry function runs it when a body is
+// left by cancellation. The argument is ignored.
 VSUPT_API void VornCriticalSectionRecoverFn(void* unused);
 
 #endif

@@ -4,30 +4,55 @@
 // constructor only clears a pointer, so a static section is safe at any point
 // of start-up, and the first lock, unlock, testAndSet, unwind or lockCount
 // creates the real lock under g_pCriticalSection. Copies made after first use
-// share that lock: they are one lock under several names.
+// share that lock: they are one lock under several names. All operations may
+// run on any thread; unlock by a thread that does not own the lock does
+// nothing.
 //
-// Every lock a thread holds stands on that thread's own list of held locks,
-// kept in a thread-specific key. When a library thread is cancelled, its
-// clean-up (VornCriticalSectionRecoverFn) walks the list and frees every lock
-// it finds, whatever the recursion depth, so a killed holder never leaves a
-// lock taken. All operations may run on any thread; unlock by a thread that
-// does not own the lock does nothing.
+// Every lock a thread holds stands on that thread's own list of held locks.
+// When a library thread is cancelled, its clean-up
+// (VornCriticalSectionRecoverFn) walks the list and frees every lock it
+// finds, whatever the recursion depth, so a killed holder never leaves a lock
+// taken, wherever the kill lands.
+//
+// The road of one lock: the caller's inline code takes and gives back the
+// inner levels of a lock its thread owns, with a compare and a count and no
+// call. The first level and the last go into the library (one call each),
+// which takes or frees the lock word with one atomic instruction, or a plain
+// load and store while the process has one thread, and links or unlinks the
+// lock on the thread's list. Only a lock that another thread waits for costs
+// a system call: the waiter sleeps on the word's futex and the holder wakes
+// it. Owner, count and links are written only by the holder.
+//
+// How this differs from a plain mutex under a thread-specific key, all for
+// the cost of the first lock and the last unlock, none visible to callers:
+// - the lock is a futex word holding its owner's pthread_self(), because a
+//   thread killed just after taking a POSIX mutex cannot tell whether it
+//   holds it, and the word tells;
+// - the list's head lives in an initial-exec thread-local slot of the
+//   library, not in a key, because a key costs a call per access; beside the
+//   head the slot names the lock being taken or freed, so that the clean-up
+//   of a thread killed half-way settles that lock by its word;
+// - the section points at its lock directly and holds one reference to it,
+//   not through a heap-allocated smart pointer, which spares the inline path
+//   a load.
 //
 // The real lock, LockImplementation, stands here beside its section because
-// callers take and give back recursion levels inline: a level taken by the
-// owner costs a compare and a count, with no call at all. Everything else
+// callers take and give back recursion levels inline. Everything else
 // happens inside the library.
 #ifndef VSUPT_VORNCRITICALSECTIONOBJECT_H
 #define VSUPT_VORNCRITICALSECTIONOBJECT_H
 
 #include <vsupt/VsuptExport.h>
 #include <vsupt/VornObjectBase.h>
-#include <vsupt/VornSmartPointer.h>
 
 #include <pthread.h>
 
 #include <atomic>
 #include <cstdint>
+
+namespace VornSupport {
+class VornCriticalSectionObject;
+}
 
 // On x86-64 glibc, pthread_self() is the thread pointer itself, which can be
 // read without a call.
@@ -47,11 +72,19 @@ public:
     long release() override;
 };
 
-// A recursive lock by owner and count over a plain mutex, one for each
-// distinct section. The fields are written only by the thread that holds
-// the mutex; m_owner may be read by anyone, since it can equal a thread only
-// if that thread put it there.
-class VSUPT_API LockImplementation : public LockBase {
+// A recursive lock by owner and count over a futex word, one for each
+// distinct section. The word is the lock: 0 when free, else the holder's
+// pthread_self() with the low bit set while other threads may sleep on it (a
+// thread's id is the address of its aligned control block, so that bit is
+// free). m_owner repeats the holder in a field of its own, set after the word
+// is taken and cleared before it is freed, because a read of the word right
+// after an atomic instruction on it waits for that instruction to finish.
+// All fields but the word are written only by the holder; m_owner may be
+// read by anyone, since it can equal a thread only if that thread put it
+// there. Final, so that a section's release of its reference is a call the
+// compiler knows cannot throw: the section's destructor then needs no
+// exception table, and a thread killed inside it does not end the process.
+class VSUPT_API LockImplementation final : public LockBase {
 public:
     explicit LockImplementation(bool lockFlag);
     ~LockImplementation() override;
@@ -77,23 +110,32 @@ public:
     // so that the lock stays held.
     bool unlockInnerLevel()
     {
-        if (!heldByCaller() || lockCount() < 2) {
+        if (!heldByCaller()) {
             return false;
         }
-        setCount(lockCount() - 1);
+        const int count = lockCount();
+        if (count < 2) {
+            return false;
+        }
+        setCount(count - 1);
         return true;
     }
 
-    // Frees every lock on the calling thread's list.
+    // Frees every lock the calling thread holds or is half-way through
+    // taking or freeing.
     static void recoverHeldLocks();
 
 private:
+    friend class VornSupport::VornCriticalSectionObject;
+
+    static constexpr std::uintptr_t kWaiters = 1;
+
     // Where the thread pointer is not the thread's id, the inline path always
     // declines and the library decides with pthread_self().
     bool heldByCaller() const
     {
 #ifdef VSUPT_THREAD_POINTER_IS_PTHREAD_SELF
-        return m_owner.load(std::memory_order_relaxed) == reinterpret_cast<pthread_t>(__builtin_thread_pointer());
+        return ownedBy(reinterpret_cast<pthread_t>(__builtin_thread_pointer()));
 #else
         return false;
 #endif
@@ -102,12 +144,21 @@ private:
     bool ownedBy(pthread_t thread) const { return m_owner.load(std::memory_order_relaxed) == thread; }
     void setCount(int count) { m_nLockCount.store(count, std::memory_order_relaxed); }
     bool giveBackOneLevel();
-    void takeOwnership(pthread_t self, int count);
-    void releaseOwnership();
+    void takeFirstLevel(pthread_t self);
+    void enterHeldLocks(pthread_t self);
+    void waitAndEnterHeldLocks(pthread_t self);
+    bool tryTakeWord(pthread_t self);
+    void waitAndTakeWord(pthread_t self);
+    bool wordHeldBy(pthread_t thread) const;
+    void freeWord();
+    void wakeOneWaiter();
+    void freeLastLevel();
+    void forgetHolder();
+    static void settleHalfway(LockImplementation* lock);
     void pushOnThreadList();
     void takeOffThreadList();
 
-    pthread_mutex_t m_mutex;
+    std::uintptr_t m_lockWord;  // changed only by atomic instructions
     std::atomic<pthread_t> m_owner;
     LockImplementation* m_pNext;  // the lock this thread took before this one
     LockImplementation* m_pPrev;  // the lock this thread took after this one
@@ -127,16 +178,16 @@ public:
 
     void lock()
     {
-        LockHolder* holder = m_pLock.load(std::memory_order_acquire);
-        if (holder == nullptr || !(*holder)->relockByOwner()) {
+        LockImplementation* lock = m_pLock.load(std::memory_order_acquire);
+        if (lock == nullptr || !lock->relockByOwner()) {
             lockFirstLevel();
         }
     }
 
     void unlock()
     {
-        LockHolder* holder = m_pLock.load(std::memory_order_acquire);
-        if (holder == nullptr || !(*holder)->unlockInnerLevel()) {
+        LockImplementation* lock = m_pLock.load(std::memory_order_acquire);
+        if (lock == nullptr || !lock->unlockInnerLevel()) {
             unlockLastLevel();
         }
     }
@@ -152,15 +203,15 @@ public:
     void init();
 
 private:
-    using LockHolder = VornSmartPointer<LockImplementation>;
-
     void lockFirstLevel();
     void unlockLastLevel();
     void shareLockOf(const VornCriticalSectionObject& other);
-    void createLock();
+    void dropLock();
+    bool createLock();
     LockImplementation& implementation();
 
-    std::atomic<LockHolder*> m_pLock;
+    // Holds one reference to the lock, or null before first use.
+    std::atomic<LockImplementation*> m_pLock;
     bool m_bLockFlag;
 };
 

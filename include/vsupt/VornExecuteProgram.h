@@ -11,6 +11,13 @@
 // the functions may run on any thread; with wait true the calling thread
 // sleeps in waitpid until the child ends.
 //
+// At log level 9 the parent and the child each write "VornExecuteProgram:
+// child process id: " with their side of the fork, and the child then one
+// "VornExecuteProgram: argv[i] = word" record per word. The child's records
+// are formatted before the fork and written by the child with write(2)
+// alone, since a child of a threaded process may neither allocate nor take
+// the logger's lock.
+//
 // The result is false only when the fork failed (then *exitStatus is -1).
 // *exitStatus, with wait true, is what the program returned (0 to 255); it
 // is 0 as well when the program could not be started, could not take over

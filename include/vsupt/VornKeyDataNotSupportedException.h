@@ -1,9 +1,10 @@
-// Reports key data of a kind that is not supported. The library does not
-// throw it itself; it is there for the programs that use it.
-//
-// The text is "VornKeyDataNotSupportedException - " followed by the text
-// given to the constructor; the code is 0. Like every VornException it
-// belongs to the thread that handles it and takes no lock.
+/// @class VornSupport::VornKeyDataNotSupportedException
+/// Reports key data of a kind that is not supported. The library does not
+/// throw it itself; it is there for the programs that use it.
+///
+/// The text is "VornKeyDataNotSupportedException - " followed by the text
+/// given to the constructor; the code is 0. Like every VornException it
+/// belongs to the thread that handles it and takes no lock.
 #ifndef VSUPT_VORNKEYDATANOTSUPPORTEDEXCEPTION_H
 #define VSUPT_VORNKEYDATANOTSUPPORTEDEXCEPTION_H
 
@@ -16,6 +17,7 @@ namespace VornSupport {
 
 class VSUPT_API VornKeyDataNotSupportedException : public VornException {
 public:
+    /// An exception with text, code 0.
     explicit VornKeyDataNotSupportedException(const std::string& text);
     ~VornKeyDataNotSupportedException() override;
 };

@@ -19,8 +19,16 @@
 //
 // Target bit 1 writes to a file named after the configured name: its
 // extension cut, a number from rand() and ".log" appended. The file is
-// opened by the constructor and by setTarget, and closed by setTarget and
-// the destructor.
+// opened by the constructor and by setTarget, which cut it to nothing, and
+// closed by setTarget and the destructor. Each record is appended to its
+// end by one write(2), so that a file cut under the logger (log rotation by
+// copy and truncate) goes on from its new end without a hole, and a child
+// of the process writes to it safely as well. reopenLogFile opens the same
+// path again without cutting it, for a service that rotates by renaming
+// and is told so (typically by SIGHUP, relayed out of the handler). A
+// target that stops taking records (a full disk) is told on stderr at the
+// first failed record, and again when it takes records again, with the
+// number lost between.
 //
 // A quiet timer watches open records: it starts with the first granted item
 // of a record and stops at endrecord. If a writer was cancelled inside a
@@ -59,6 +67,7 @@
 #include <map>
 #include <sstream>
 #include <string>
+#include <string_view>
 
 namespace VornSupport {
 
@@ -129,6 +138,12 @@ public:
     // Opens the file unless it is open. A failure is told on stderr, and the
     // logger goes on without a file.
     void openLogFile();
+    // Opens the path of the file opened last once more, for appending, and
+    // writes the following records there; the file open until then is
+    // closed. False, with the reason on stderr, when the target has no file
+    // bit or the path cannot be opened: the records then go on to the file
+    // open until then. Waits for a record being written to end.
+    bool reopenLogFile();
     // Marks the quiet timer cancelled; its next expiry stops it.
     void cancelTimer();
     // Starts the quiet timer, unless it runs already for the open record.
@@ -146,6 +161,13 @@ private:
     template <class T>
     VornLogging& appendFormatted(const char* format, T value);
     void writeRecord(const std::string& category);
+    // Appends to line the line a record of text at level writes, "\n" included.
+    void formatLine(std::string& line, int level, const std::string& category, std::string_view text) const;
+    void writeToFile(const std::string& line);
+    void writeToStdout(const std::string& line);
+
+    // Formats records on behalf of the child of a fork.
+    friend class ForkedChildRecords;
 
     int m_target;
     int m_logLevel;
@@ -159,6 +181,13 @@ private:
     std::string m_fileName;
     bool m_bPrefix;
     bool m_bTimerCancelled;
+    // The file opened last, as an absolute path: a daemon changes its
+    // directory after the logger opened its file.
+    std::string m_filePath;
+    // Records a target did not take since it last took one; guarded by
+    // m_lock, as the record path is.
+    unsigned long m_lostFileRecords;
+    unsigned long m_lostStdoutRecords;
 
     static VornLogging* m_pInstance;
 };

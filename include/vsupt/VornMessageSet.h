@@ -5,8 +5,12 @@
 // the language, base_language.pro, and for the language and country,
 // base_language_country.pro, with the pieces of the locale's name as
 // VornLocaleFactory gives them: a key in several files takes the text of the
-// last one. The files are property files with '=' as the separator. The base
-// path is used as it stands, with no search.
+// last one. The files are property files with '=' as the separator, read
+// as VornProperties reads them: a FIFO or a device is a file that cannot be
+// opened, and a line past the length limit ends that file's load (the
+// constructor throws for the base file; a language or country file keeps
+// the messages read before the line). The base path is used as it stands,
+// with no search.
 //
 // Loading happens in the constructor on one thread; getMessage may then run
 // on any thread, under the store's own lock.

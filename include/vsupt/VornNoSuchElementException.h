@@ -1,9 +1,10 @@
-// Reports a look-up of an element that does not exist, such as a named lock
-// the lock factory does not hold.
-//
-// The text is "VornNoSuchElementException - " followed by the text given to
-// the constructor; the code is 0. Like every VornException it belongs to the
-// thread that handles it and takes no lock.
+/// @class VornSupport::VornNoSuchElementException
+/// Reports a look-up of an element that does not exist, such as a named lock
+/// the lock factory does not hold.
+///
+/// The text is "VornNoSuchElementException - " followed by the text given to
+/// the constructor; the code is 0. Like every VornException it belongs to the
+/// thread that handles it and takes no lock.
 #ifndef VSUPT_VORNNOSUCHELEMENTEXCEPTION_H
 #define VSUPT_VORNNOSUCHELEMENTEXCEPTION_H
 
@@ -16,6 +17,7 @@ namespace VornSupport {
 
 class VSUPT_API VornNoSuchElementException : public VornException {
 public:
+    /// An exception with text, code 0.
     explicit VornNoSuchElementException(const std::string& text);
     ~VornNoSuchElementException() override;
 };

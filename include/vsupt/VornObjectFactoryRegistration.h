@@ -1,11 +1,12 @@
-// A class registered with a VornObjectFactory as an object that makes its
-// instances.
-//
-// A derived class sets m_name and m_pFactory in its constructor and adds
-// itself to that factory; its destructor takes the name out of the factory
-// again. The factory does not own the registration, and a registration must
-// not outlive its factory. construct runs without the factory's lock, on
-// whatever thread asks the factory.
+/// @class VornSupport::VornObjectFactoryRegistration
+/// A class registered with a VornObjectFactory as an object that makes its
+/// instances.
+///
+/// A derived class sets m_name and m_pFactory in its constructor and adds
+/// itself to that factory; its destructor takes the name out of the factory
+/// again. The factory does not own the registration, and a registration must
+/// not outlive its factory. construct runs without the factory's lock, on
+/// whatever thread asks the factory.
 #ifndef VSUPT_VORNOBJECTFACTORYREGISTRATION_H
 #define VSUPT_VORNOBJECTFACTORYREGISTRATION_H
 
@@ -21,12 +22,15 @@ class VornObjectFactory;
 
 class VSUPT_API VornObjectFactoryRegistration {
 public:
-    // Removes m_name from m_pFactory, if it was given one.
+    /// Removes m_name from m_pFactory, if it was given one.
     virtual ~VornObjectFactoryRegistration();
+    /// Makes a new object of the registered class.
     virtual VornSmartPointer<VornObjectBase> construct() = 0;
 
 protected:
+    /// The name registered under.
     std::string m_name;
+    /// The factory registered with, null before.
     VornObjectFactory* m_pFactory = nullptr;
 };
 

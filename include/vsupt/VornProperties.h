@@ -24,9 +24,20 @@
 // UTF-16 little-endian behind the bytes 0xFF 0xFE, skips lines starting with
 // "#", splits at the first separator, cuts a value at the line's first CR
 // (else its first LF) and drops its leading blanks, and never trims a name.
-// A malformed line is never an error. The writer writes one name=value line
-// per name, with the first value only, in ascending name order. Loads and
-// saves log at level 5 what they open.
+// A malformed line is never an error. Only regular files are read: a
+// device, a FIFO or a directory is a file that cannot be opened, and a line
+// longer than maxLineLength characters ends the load with a failure (what
+// came before it stays loaded). The writer writes one name=value line per
+// name, with the first value only, in ascending name order. Loads and saves
+// log at level 5 what they open, and their failures.
+//
+// A save rewrites the file in place, so that a symbolic link stays a link
+// and a hard link keeps its inode; it never leaves less than the old content
+// or the new one. The new content is formed in memory first, room for it is
+// reserved on the disk before the old content is touched, and it is then
+// written in one go rather than flushed line by line: a full disk, or text a
+// wide store's locale cannot convert, fails the save and leaves the file as
+// it was.
 #ifndef VSUPT_VORNPROPERTIES_H
 #define VSUPT_VORNPROPERTIES_H
 
@@ -86,11 +97,16 @@ public:
     void forEach(VornPropertyIterator<StringType>& iterator);
     PropertyMap getProperties() const;
 
-    // Adds the properties of a file to the store; throws VornException when
-    // the file can't be opened or read.
+    // Lines longer than this end a load with a failure.
+    static constexpr unsigned long maxLineLength = 1UL << 20;
+
+    // Adds the properties of a file to the store; throws VornException with
+    // the reason when the file can't be opened or read whole.
     bool loadProperties(const std::string& path, CharType separator = '=');
-    // False when the file can't be opened or read.
+    // False when the file can't be opened or read whole.
     bool loadPropertiesImpl(const std::string& path, CharType separator = '=');
+    // The same, with the reason in error.
+    bool loadPropertiesImpl(const std::string& path, CharType separator, std::string& error);
     void loadProperties(const CharType** lines, int count, CharType separator = '=');
     void loadProperties(const std::vector<StringType>& lines, CharType separator = '=');
     // Stores what one line of a property file holds.
@@ -99,11 +115,13 @@ public:
     // with "#".
     void addPropertyforWSmanDA(const StringType& line);
 
-    // Rewrites the file in place; throws VornException when it can't be
-    // opened.
+    // Rewrites the file in place; throws VornException with the reason when
+    // it can't be opened or written.
     bool saveProperties(const std::string& path);
-    // False when the file can't be opened.
+    // False when the file can't be opened or written.
     bool savePropertiesImpl(const std::string& path);
+    // The same, with the reason in error.
+    bool savePropertiesImpl(const std::string& path, std::string& error);
 
 private:
     template <class Name, class Value>

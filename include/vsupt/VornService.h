@@ -12,12 +12,24 @@
 // stopped. Threads and timers of the parent do not reach the child, so a
 // service sets up its work in serviceStart, on threads of its own.
 //
+// The daemon keeps the standard input, output and error it was given: a
+// service that must not hold its caller's terminal or pipe (a start script
+// reading its output waits for every holder to let go) moves them in
+// serviceStart, before its parent is released.
+//
 // start installs ControlHandler for SIGINT, SIGTERM and SIGPIPE, and in a
 // daemon for SIGCHLD too; the first SIGINT or SIGTERM calls stop on the
 // service made last, inside the handler, and every later one is ignored.
 // stop may run on any thread. The object is not copyable and owns only its
 // members; getService keeps pointing at the object made last, even after it
 // is gone.
+//
+// Under a service manager that sets NOTIFY_SOCKET (a path, or an abstract
+// name behind "@"), the process running the service tells it "READY=1"
+// with "MAINPID=" its id once serviceStart succeeded (a daemon's child
+// before it releases its parent), and "STOPPING=1" as stop begins: one
+// datagram each, sent with calls safe in a signal handler. Without the
+// variable nothing is sent.
 #ifndef VSUPT_VORNSERVICE_H
 #define VSUPT_VORNSERVICE_H
 

@@ -10,11 +10,20 @@
 // is never replaced.
 //
 // Keys compare byte by byte. add keeps the children in ascending key order,
-// equal keys in order of arrival; insert puts a child anywhere. Lookups walk
-// the child lists from the front, so their cost grows with the width of the
-// tree. Path components are stripped of blanks at both ends. Positions are
-// not checked. m_parent is set by insert alone and read by nothing but the
-// copy operations.
+// equal keys in order of arrival; insert puts a child anywhere. The children
+// stand in a balanced tree of positions rather than a vector, because
+// walking a vector made each step of a path cost the width of its level and
+// each insertion near the front the whole list: add, insert, erase, a
+// position and, while the keys ascend, a lookup by key each cost the
+// logarithm of the number of children. A list whose order insert or a new
+// key of a child has broken is searched from the front, as the order of the
+// list demands, until it ascends again. Paths are walked in a loop, and a
+// node hands the children that die with it to one loop on its thread, so
+// neither a deep path nor the release of a deep tree recurses. Path
+// components are stripped of blanks at both ends. Positions are the
+// caller's to get right: one out of range reads as null, inserts at the end
+// and erases nothing. m_parent is set by insert alone and read by nothing
+// but the copy operations.
 //
 // Nothing here takes a lock or notifies the dependents: a tree belongs to one
 // thread at a time.
@@ -26,6 +35,7 @@
 #include <vsupt/VornObjectBase.h>
 #include <vsupt/VornSmartPointer.h>
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -79,15 +89,19 @@ public:
     virtual void printGuts(int depth);
 
 private:
-    using Children = std::vector<NodePointer>;
+    class Children;
 
-    Children::iterator findChild(const std::string& key);
+    Children& children();
+    VornTreeNode* findChild(const std::string& key) const;
     NodePointer addAtLastLevel(NodePointer node, const std::string& key);
     NodePointer takeOverPlaceholder(NodePointer node, NodePointer placeholder, const std::string& key);
 
-    Children m_children;
+    std::unique_ptr<Children> m_children;  // null while there are none
     std::string m_key;
     VornTreeNode* m_parent;
+    // Set once the node has stood in a child list: from then on a new key
+    // may break the order of a list that holds it.
+    bool m_listed;
 };
 
 }  // namespace VornSupport

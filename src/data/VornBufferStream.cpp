@@ -73,12 +73,13 @@ VornBufferStream::~VornBufferStream()
     std::free(m_buffer);
 }
 
-// The copy takes the whole block, unused capacity included. Without memory
-// for it, the copy is an empty stream.
+// The copy has a block of the source's capacity, with the unread payload
+// at byte 8 as the source would show it. Without memory for it, the copy is
+// an empty stream.
 void VornBufferStream::copyBlockOf(const VornBufferStream& other)
 {
-    m_readOffset = other.m_readOffset;
-    m_writeOffset = other.m_writeOffset;
+    m_readOffset = kHeaderSize;
+    m_writeOffset = kHeaderSize + other.unreadBytes();
     m_growBy = other.m_growBy;
     m_capacity = 0;
     m_buffer = nullptr;
@@ -90,22 +91,32 @@ void VornBufferStream::copyBlockOf(const VornBufferStream& other)
         m_writeOffset = m_readOffset;
         return;
     }
-    std::memcpy(m_buffer, other.m_buffer, other.m_capacity);
+    std::memcpy(m_buffer, other.m_buffer, kHeaderSize);
+    std::memcpy(m_buffer + kHeaderSize, other.m_buffer + other.m_readOffset, other.unreadBytes());
     m_capacity = other.m_capacity;
 }
 
 void VornBufferStream::reset()
 {
-    m_writeOffset = m_readOffset;
+    m_readOffset = kHeaderSize;
+    m_writeOffset = kHeaderSize;
+}
+
+// A read offset above the write offset can only be left by a reset racing a
+// read; it counts as an empty stream.
+std::uint32_t VornBufferStream::unreadBytes() const
+{
+    return m_writeOffset > m_readOffset ? m_writeOffset - m_readOffset : 0;
 }
 
 unsigned long VornBufferStream::size() const
 {
-    return static_cast<std::uint32_t>(m_writeOffset - m_readOffset);
+    return unreadBytes();
 }
 
 void* VornBufferStream::buffer() const
 {
+    VornCriticalSection guard(m_lock, true);
     if (m_buffer == nullptr) {
         const std::uint32_t capacity = std::max(m_growBy, kHeaderSize);
         m_buffer = static_cast<char*>(std::malloc(capacity));
@@ -114,9 +125,34 @@ void* VornBufferStream::buffer() const
         }
         m_capacity = capacity;
     }
-    const std::uint64_t payload = size();
+    moveUnreadToFront();
+    const std::uint64_t payload = unreadBytes();
     std::memcpy(m_buffer, &payload, sizeof payload);
     return m_buffer;
+}
+
+void VornBufferStream::moveUnreadToFront() const
+{
+    if (m_readOffset == kHeaderSize) {
+        return;
+    }
+    const std::uint32_t unread = unreadBytes();
+    if (unread > 0) {
+        std::memmove(m_buffer + kHeaderSize, m_buffer + m_readOffset, unread);
+    }
+    m_readOffset = kHeaderSize;
+    m_writeOffset = kHeaderSize + unread;
+}
+
+// Uses the room the reads have freed before asking whether to grow, so that
+// the growth rule always sees the payload at byte 8.
+bool VornBufferStream::makeRoom(std::uint64_t bytes)
+{
+    if (m_writeOffset + bytes <= m_capacity) {
+        return true;
+    }
+    moveUnreadToFront();
+    return grow(bytes);
 }
 
 // Linear growth in whole steps: enough steps for the bytes to come, plus
@@ -149,7 +185,7 @@ unsigned long VornBufferStream::write(const void* source, unsigned long size, un
 {
     VornCriticalSection guard(m_lock, true);
     const std::uint64_t bytes = byteCount(size, count);
-    if (bytes > std::numeric_limits<std::uint32_t>::max() || !grow(bytes)) {
+    if (bytes > std::numeric_limits<std::uint32_t>::max() || !makeRoom(bytes)) {
         return 0;
     }
     if (bytes > 0) {
@@ -161,9 +197,11 @@ unsigned long VornBufferStream::write(const void* source, unsigned long size, un
 
 unsigned long VornBufferStream::available(unsigned long size, unsigned long count) const
 {
-    return std::min<std::uint64_t>(byteCount(size, count), m_writeOffset - m_readOffset);
+    return std::min<std::uint64_t>(byteCount(size, count), unreadBytes());
 }
 
+// A read that empties the stream puts both offsets back to byte 8: there is
+// nothing left to move.
 unsigned long VornBufferStream::read(void* target, unsigned long size, unsigned long count)
 {
     VornCriticalSection guard(m_lock, true);
@@ -171,10 +209,12 @@ unsigned long VornBufferStream::read(void* target, unsigned long size, unsigned 
     if (bytes == 0) {
         return 0;
     }
-    char* payload = m_buffer + m_readOffset;
-    std::memcpy(target, payload, bytes);
-    std::memmove(payload, payload + bytes, m_writeOffset - m_readOffset - bytes);
-    m_writeOffset -= static_cast<std::uint32_t>(bytes);
+    std::memcpy(target, m_buffer + m_readOffset, bytes);
+    m_readOffset += static_cast<std::uint32_t>(bytes);
+    if (m_readOffset == m_writeOffset) {
+        m_readOffset = kHeaderSize;
+        m_writeOffset = kHeaderSize;
+    }
     return bytes;
 }
 

@@ -1,6 +1,7 @@
 #include <vsupt/VornProperties.h>
 #include <vsupt/VornCriticalSection.h>
 #include <vsupt/VornException.h>
+#include <vsupt/VornExecuteProgram.h>
 #include <vsupt/VornLocaleFactory.h>
 #include <vsupt/VornLogging.h>
 #include <vsupt/VornPropertyIteratorFunctor.h>
@@ -8,9 +9,17 @@
 
 #include "frame/ExceptionBorder.h"
 #include "log/LibraryLog.h"
+#include "os/WriteWhole.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <cwchar>
 #include <fstream>
+#include <locale>
 #include <type_traits>
 #include <utility>
 
@@ -24,6 +33,18 @@ const char* const saveOperation = "VornProperties<StringType>::saveProperties: "
 std::string couldNotOpen(const char* operation, const std::string& path)
 {
     return operation + std::string("couldn't open file ") + path;
+}
+
+std::string lineTooLong(const std::string& path, unsigned long limit)
+{
+    return loadOperation + std::string("line longer than ") + std::to_string(limit) + " characters in file " + path;
+}
+
+std::string couldNotWrite(const std::string& path, int errorNumber)
+{
+    std::string reason;
+    VornGetOSErrorMessage(errorNumber, reason);
+    return saveOperation + std::string("couldn't write file ") + path + ": " + reason;
 }
 
 // Wide files convert with the library's locale, as all its text
@@ -66,6 +87,12 @@ wchar_t fromCodeUnit<wchar_t>(unsigned char low, unsigned char high)
     return static_cast<wchar_t>((high << 8) | low);
 }
 
+bool isRegularFile(const std::string& path)
+{
+    struct stat status;
+    return stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
+}
+
 // Reads the lines of a property file: UTF-16 little-endian behind the mark
 // 0xFF 0xFE, else plain text through a stream of the store's character
 // type. The mark is looked for among the file's bytes, before a wide
@@ -76,10 +103,15 @@ class PropertyFileReader {
 public:
     using Line = std::basic_string<CharType>;
 
-    // False when the file can't be opened, or opens but can't be read (a
-    // directory does).
+    explicit PropertyFileReader(unsigned long maxLineLength) : m_maxLineLength(maxLineLength) {}
+
+    // False when the file is no regular file (a FIFO would block, a device
+    // never end), can't be opened, or can't be read.
     bool open(const std::string& path)
     {
+        if (!isRegularFile(path)) {
+            return false;
+        }
         m_bytes.open(path, std::ios::in | std::ios::binary);
         if (!m_bytes.is_open() || (m_bytes.peek() == EOF && !m_bytes.eof())) {
             return false;
@@ -104,17 +136,38 @@ public:
         return m_utf16 ? ended(m_bytes) : ended(textStream());
     }
 
-    void readLine(Line& line)
+    // False when the line is longer than the limit.
+    bool readLine(Line& line)
     {
-        if (m_utf16) {
-            readUtf16Line(line);
-        } else {
-            std::getline(textStream(), line, textStream().widen('\n'));
-        }
+        return m_utf16 ? readUtf16Line(line) : readPlainLine(line);
     }
 
 private:
     static constexpr std::size_t initialLineCapacity = 8192;
+    static constexpr std::streamsize chunkLength = 1024;
+
+    // std::getline in chunks, so that a line cannot grow past the limit.
+    bool readPlainLine(Line& line)
+    {
+        std::basic_istream<CharType>& in = textStream();
+        const CharType lineFeed = in.widen('\n');
+        CharType chunk[chunkLength];
+        line.clear();
+        for (;;) {
+            in.getline(chunk, chunkLength, lineFeed);
+            // Only the fail state, with a full chunk: the line goes on.
+            const bool full = in.rdstate() == std::ios::failbit && in.gcount() == chunkLength - 1;
+            const std::streamsize stored = in.good() ? in.gcount() - 1 : in.gcount();
+            if (line.size() + static_cast<std::size_t>(stored) > m_maxLineLength) {
+                return false;
+            }
+            line.append(chunk, static_cast<std::size_t>(stored));
+            if (!full) {
+                return true;
+            }
+            in.clear();
+        }
+    }
 
     template <class C>
     static bool ended(const std::basic_ios<C>& stream)
@@ -138,7 +191,7 @@ private:
 
     // A line ends after its LF, which a narrow store sees in the low byte
     // alone; an odd last byte is dropped.
-    void readUtf16Line(Line& line)
+    bool readUtf16Line(Line& line)
     {
         line.clear();
         line.reserve(initialLineCapacity);
@@ -146,12 +199,17 @@ private:
         char high;
         while (m_bytes.get(low) && m_bytes.get(high)) {
             const CharType c = fromCodeUnit<CharType>(static_cast<unsigned char>(low), static_cast<unsigned char>(high));
-            line.push_back(c);
             if (c == CharType('\n')) {
+                line.push_back(c);
                 break;
             }
+            if (line.size() == m_maxLineLength) {
+                return false;
+            }
+            line.push_back(c);
         }
         stripLineEnd(line);
+        return true;
     }
 
     static void stripLineEnd(Line& line)
@@ -174,10 +232,76 @@ private:
         }
     }
 
+    const unsigned long m_maxLineLength;
     std::ifstream m_bytes;
     std::basic_ifstream<CharType> m_text;  // plain text of a wide store
     bool m_utf16 = false;
 };
+
+// ---------------------------------------------------------------------------
+// Saving
+
+// The bytes of a narrow store's text are its own.
+const std::string* encode(const std::string& text, std::string&)
+{
+    return &text;
+}
+
+// A wide store's text converted by the library's locale, as a wide file
+// stream imbued with it would, into converted. Null when a character has
+// no form there.
+const std::string* encode(const std::wstring& text, std::string& converted)
+{
+    using Conversion = std::codecvt<wchar_t, char, std::mbstate_t>;
+    const std::locale locale = fileLocale();
+    const Conversion& conversion = std::use_facet<Conversion>(locale);
+    converted.assign(text.size() * static_cast<std::size_t>(std::max(1, conversion.max_length())), '\0');
+    std::mbstate_t state{};
+    const wchar_t* fromNext = text.data();
+    char* toNext = &converted[0];
+    if (conversion.out(state, text.data(), text.data() + text.size(), fromNext, &converted[0],
+                       &converted[0] + converted.size(), toNext) != std::codecvt_base::ok) {
+        return nullptr;
+    }
+    converted.resize(static_cast<std::size_t>(toNext - &converted[0]));
+    return &converted;
+}
+
+// For writing without cutting it: the same inode, reached through a
+// symbolic link as well. -1, with errno set, on failure.
+int openForRewrite(const std::string& path)
+{
+    return open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666);
+}
+
+// Room for the new content is reserved before the old is touched, so that
+// a full disk leaves the old content as it was, and the file is cut to the
+// new length only once that is written. 0, or the error number; the file
+// is closed in any case.
+int rewriteAndClose(int descriptor, const std::string& bytes)
+{
+    struct stat status;
+    const bool regular = fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
+    int error = 0;
+    if (regular && !bytes.empty()) {
+        error = posix_fallocate(descriptor, 0, static_cast<off_t>(bytes.size()));
+        if (error != 0 && ftruncate(descriptor, status.st_size) != 0) {
+            // A failed reservation that grew the file leaves zeros behind the
+            // old content, which are no loss.
+        }
+    }
+    if (error == 0 && !writeWhole(descriptor, bytes.data(), bytes.size())) {
+        error = errno;
+    }
+    if (error == 0 && regular && static_cast<off_t>(bytes.size()) < status.st_size &&
+        ftruncate(descriptor, static_cast<off_t>(bytes.size())) != 0) {
+        error = errno;
+    }
+    if (close(descriptor) != 0 && error == 0) {
+        error = errno;
+    }
+    return error;
+}
 
 template <class S>
 S leftTrimmedBlanks(S value)
@@ -380,8 +504,9 @@ void VornProperties<S>::loadProperties(const std::vector<S>& lines, CharType sep
 template <class S>
 bool VornProperties<S>::loadProperties(const std::string& path, CharType separator)
 {
-    if (!loadPropertiesImpl(path, separator)) {
-        throw VornException(couldNotOpen(loadOperation, path), 0);
+    std::string error;
+    if (!loadPropertiesImpl(path, separator, error)) {
+        throw VornException(error, 0);
     }
     return true;
 }
@@ -389,15 +514,27 @@ bool VornProperties<S>::loadProperties(const std::string& path, CharType separat
 template <class S>
 bool VornProperties<S>::loadPropertiesImpl(const std::string& path, CharType separator)
 {
+    std::string error;
+    return loadPropertiesImpl(path, separator, error);
+}
+
+template <class S>
+bool VornProperties<S>::loadPropertiesImpl(const std::string& path, CharType separator, std::string& error)
+{
     logLibraryRecord(5, loadOperation, "from file ", path);
-    PropertyFileReader<CharType> reader;
+    PropertyFileReader<CharType> reader(maxLineLength);
     if (!reader.open(path)) {
-        logLibraryRecord(5, couldNotOpen(loadOperation, path));
+        error = couldNotOpen(loadOperation, path);
+        logLibraryRecord(5, error);
         return false;
     }
     typename PropertyFileReader<CharType>::Line line;
     while (!reader.atEnd()) {
-        reader.readLine(line);
+        if (!reader.readLine(line)) {
+            error = lineTooLong(path, maxLineLength);
+            logLibraryRecord(5, error);
+            return false;
+        }
         if constexpr (std::is_same_v<S, decltype(line)>) {
             addProperty(line, separator);
         } else {
@@ -413,33 +550,48 @@ bool VornProperties<S>::loadPropertiesImpl(const std::string& path, CharType sep
 template <class S>
 bool VornProperties<S>::saveProperties(const std::string& path)
 {
-    if (!savePropertiesImpl(path)) {
-        throw VornException(couldNotOpen(saveOperation, path), 0);
+    std::string error;
+    if (!savePropertiesImpl(path, error)) {
+        throw VornException(error, 0);
     }
     return true;
 }
 
-// Each line goes to the file by itself, so a writer that dies leaves whole
-// lines behind.
 template <class S>
 bool VornProperties<S>::savePropertiesImpl(const std::string& path)
 {
+    std::string error;
+    return savePropertiesImpl(path, error);
+}
+
+// The whole file is formed, and converted, before the disk is touched.
+template <class S>
+bool VornProperties<S>::savePropertiesImpl(const std::string& path, std::string& error)
+{
     logLibraryRecord(5, saveOperation, "to file ", path);
-    std::basic_filebuf<CharType> file;
-    file.pubimbue(fileLocale());
-    if (file.open(path, std::ios::out | std::ios::trunc) == nullptr) {
-        logLibraryRecord(5, couldNotOpen(saveOperation, path));
-        return false;
-    }
-    std::basic_string<CharType> line;
+    std::basic_string<CharType> text;
     for (const auto& entry : m_properties) {
-        line.clear();
-        appendUpToNul(line, entry.first);
-        line += CharType('=');
-        appendUpToNul(line, entry.second.front());
-        line += CharType('\n');
-        file.sputn(line.data(), static_cast<std::streamsize>(line.size()));
-        file.pubsync();
+        appendUpToNul(text, entry.first);
+        text += CharType('=');
+        appendUpToNul(text, entry.second.front());
+        text += CharType('\n');
+    }
+    std::string converted;
+    const std::string* bytes = encode(text, converted);
+    int errorNumber = EILSEQ;
+    if (bytes != nullptr) {
+        const int descriptor = openForRewrite(path);
+        if (descriptor < 0) {
+            error = couldNotOpen(saveOperation, path);
+            logLibraryRecord(5, error);
+            return false;
+        }
+        errorNumber = rewriteAndClose(descriptor, *bytes);
+    }
+    if (errorNumber != 0) {
+        error = couldNotWrite(path, errorNumber);
+        logLibraryRecord(5, error);
+        return false;
     }
     return true;
 }

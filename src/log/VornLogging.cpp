@@ -6,9 +6,12 @@
 
 #include "log/LibraryLog.h"
 #include "log/VornLoggingEventTimerThread.h"
+#include "os/WriteWhole.h"
 #include "thread/KillDeferral.h"
 
+#include <fcntl.h>
 #include <pthread.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <charconv>
@@ -21,10 +24,11 @@ namespace VornSupport {
 
 namespace {
 
-// Scratch space for number items. A thread writes it only while it holds the
-// lock of the logger it writes to; one buffer for each thread keeps two
-// loggers written at once from sharing it.
-thread_local char g_szLogBuf[8192];
+// Number items are printed into a buffer on the writer's stack, bounded by
+// this size. The longest item, a double printed with "%f", takes 317
+// characters. A stack buffer, not a thread-local one, keeps the library's
+// thread-local data small enough to load it after start-up.
+const std::size_t kNumberItemSize = 512;
 
 const int kAllCategoriesLevel = 9;
 const long kQuietTimerMs = 60000;
@@ -107,12 +111,6 @@ struct RecordText : std::stringbuf {
     }
 };
 
-void writeLine(FILE* stream, const std::string& line)
-{
-    std::fwrite(line.data(), 1, line.size(), stream);
-    std::fflush(stream);
-}
-
 // The configured name with its last extension (the last dot anywhere, in a
 // directory too) replaced by a number from rand() and ".log". One leading
 // double quote goes; a closing one normally leaves with the extension.
@@ -125,6 +123,58 @@ std::string logFileName(const std::string& configured)
         name.erase(0, 1);
     }
     return name;
+}
+
+// ---------------------------------------------------------------------------
+// Platform calls of the file target
+
+// A relative name is taken from the current directory now.
+std::string absolutePath(const std::string& name)
+{
+    char directory[4096];
+    if (name.empty() || name[0] == '/' || getcwd(directory, sizeof directory) == nullptr) {
+        return name;
+    }
+    return std::string(directory) + "/" + name;
+}
+
+// For appending, as fopen(name, "a") would, but not inherited by programs
+// the process executes; cutFirst cuts an existing file to nothing. Null,
+// with errno set, on failure.
+FILE* openForAppending(const std::string& name, bool cutFirst)
+{
+    const int descriptor =
+        open(name.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | (cutFirst ? O_TRUNC : 0), 0666);
+    if (descriptor < 0) {
+        return nullptr;
+    }
+    FILE* file = fdopen(descriptor, "a");
+    if (file == nullptr) {
+        const int error = errno;
+        close(descriptor);
+        errno = error;
+    }
+    return file;
+}
+
+void reportCannotOpen(const std::string& name, int error)
+{
+    std::fprintf(stderr, "VornLogging: Cannot open log file %s (%d)\n", name.c_str(), error);
+}
+
+// The first record a target refuses after taking one is told on stderr,
+// and so is the first one it takes again, with the count lost between. The
+// target is named by its kind and its path, if it has one.
+void noteWrite(bool written, const char* kind, const std::string& path, unsigned long& lost)
+{
+    if (!written) {
+        if (lost++ == 0) {
+            std::fprintf(stderr, "VornLogging: Cannot write to %s%s (%d)\n", kind, path.c_str(), errno);
+        }
+    } else if (lost != 0) {
+        std::fprintf(stderr, "VornLogging: Writing to %s%s again (records lost: %lu)\n", kind, path.c_str(), lost);
+        lost = 0;
+    }
 }
 
 }  // namespace
@@ -144,7 +194,9 @@ VornLogging::VornLogging(const std::string& fileName, int target, int level)
       m_timer(kQuietTimerMs, false),
       m_fileName(fileName),
       m_bPrefix(true),
-      m_bTimerCancelled(true)
+      m_bTimerCancelled(true),
+      m_lostFileRecords(0),
+      m_lostStdoutRecords(0)
 {
     m_timer.addDependent(*this);
     startLogging();
@@ -231,10 +283,35 @@ void VornLogging::openLogFile()
     }
     const std::string name = logFileName(m_fileName);
     std::fprintf(stderr, "VornLogging: Opening %s for logging...\n", name.c_str());
-    m_pFile = std::fopen(name.c_str(), "w");
+    m_filePath = absolutePath(name);
+    m_pFile = openForAppending(name, true);
     if (m_pFile == nullptr) {
-        std::fprintf(stderr, "VornLogging: Cannot open log file %s (%d)\n", name.c_str(), errno);
+        reportCannotOpen(name, errno);
     }
+}
+
+// The new file is swapped in between two records; the old one is closed
+// after, outside the lock.
+bool VornLogging::reopenLogFile()
+{
+    if ((m_target & TargetFile) == 0 || m_filePath.empty()) {
+        return false;
+    }
+    FILE* file = openForAppending(m_filePath, false);
+    if (file == nullptr) {
+        reportCannotOpen(m_filePath, errno);
+        return false;
+    }
+    FILE* previous;
+    {
+        VornCriticalSection guard(m_lock, true);
+        previous = m_pFile;
+        m_pFile = file;
+    }
+    if (previous != nullptr) {
+        std::fclose(previous);
+    }
+    return true;
 }
 
 // ---------------------------------------------------------------------------
@@ -361,7 +438,7 @@ void VornLogging::endrecord()
 }
 
 // Each thread builds its lines in a buffer of its own, which keeps its
-// size from one record to the next. A kill waits for the write to return.
+// size from one record to the next. A kill waits for the writes to return.
 void VornLogging::writeRecord(const std::string& category)
 {
     const std::string_view text = RecordText::of(m_stream);
@@ -370,20 +447,44 @@ void VornLogging::writeRecord(const std::string& category)
     }
     thread_local std::string line;
     line.clear();
-    if (m_bPrefix && m_currentLevel != 0) {
-        appendPrefix(line, m_currentLevel, category);
+    formatLine(line, m_currentLevel, category, text);
+    m_stream.str(std::string());
+    const KillsOff whileWriting;
+    if ((m_target & TargetFile) != 0 && m_pFile != nullptr) {
+        writeToFile(line);
+    }
+    if ((m_target & TargetStdout) != 0) {
+        writeToStdout(line);
+    }
+}
+
+void VornLogging::formatLine(std::string& line, int level, const std::string& category,
+                             std::string_view text) const
+{
+    if (m_bPrefix && level != 0) {
+        appendPrefix(line, level, category);
     }
     // The text ends at its first NUL, as a C string would.
     line.append(text.substr(0, text.find('\0')));
     line += '\n';
-    m_stream.str(std::string());
-    const KillsOff whileWriting;
-    if ((m_target & TargetFile) != 0 && m_pFile != nullptr) {
-        writeLine(m_pFile, line);
-    }
-    if ((m_target & TargetStdout) != 0) {
-        writeLine(stdout, line);
-    }
+}
+
+// One write(2) at the end of the file: nothing is buffered, so the record
+// is in the file when endrecord returns.
+void VornLogging::writeToFile(const std::string& line)
+{
+    const bool written = writeWhole(fileno(m_pFile), line.data(), line.size());
+    noteWrite(written, "log file ", m_filePath, m_lostFileRecords);
+}
+
+// Through the stream, which the program shares; a failed flush drops what
+// it held, so the next record starts afresh.
+void VornLogging::writeToStdout(const std::string& line)
+{
+    std::fwrite(line.data(), 1, line.size(), stdout);
+    const bool written = std::fflush(stdout) == 0 && !std::ferror(stdout);
+    noteWrite(written, "stdout", std::string(), m_lostStdoutRecords);
+    std::clearerr(stdout);
 }
 
 // ---------------------------------------------------------------------------
@@ -399,8 +500,9 @@ VornLogging& VornLogging::appendFormatted(const char* format, T value)
 {
     withKillsDeferred([&] {
         if (grantItem()) {
-            std::snprintf(g_szLogBuf, sizeof g_szLogBuf, format, value);
-            appendText(g_szLogBuf, std::strlen(g_szLogBuf));
+            char number[kNumberItemSize];
+            std::snprintf(number, sizeof number, format, value);
+            appendText(number, std::strlen(number));
         }
     });
     return *this;

@@ -2,6 +2,7 @@
 #include <vsupt/VornLocaleFactory.h>
 #include <vsupt/VornStringUtilities.h>
 
+#include "log/ForkedChildRecords.h"
 #include "log/LibraryLog.h"
 
 #include <fcntl.h>
@@ -22,8 +23,9 @@ namespace {
 // Between fork and exec the child of a process with other threads may find
 // any lock (the logger's, the allocator's) held for ever, so it does only
 // what is safe there: dup2, execv, write, _exit. Everything it needs is made
-// before the fork, and what it has to tell goes back to the parent through
-// a pipe that closes itself at the exec.
+// before the fork: its argument vector and its own log records, which it
+// writes with write(2). A handle it could not take over is told back to the
+// parent through a pipe that closes itself at the exec.
 
 // The handle the child could not take over, as sent through the pipe.
 enum : char { kStdinRefused = 0, kStdoutRefused = 1 };
@@ -43,12 +45,23 @@ std::vector<std::string> commandWords(const std::string& commandLine)
 std::vector<char*> argumentVector(std::vector<std::string>& words)
 {
     std::vector<char*> arguments;
-    for (std::size_t i = 0; i < words.size(); ++i) {
-        logLibraryRecord(9, "VornExecuteProgram: argv[", static_cast<int>(i), "] = ", words[i]);
-        arguments.push_back(&words[i][0]);
+    for (std::string& word : words) {
+        arguments.push_back(&word[0]);
     }
     arguments.push_back(nullptr);
     return arguments;
+}
+
+// What the child tells at level 9, in its order: its side of the fork,
+// then its arguments.
+ForkedChildRecords childRecords(const std::vector<std::string>& words)
+{
+    ForkedChildRecords records;
+    records.add(9, "VornExecuteProgram: child process id: ", 0);
+    for (std::size_t i = 0; i < words.size(); ++i) {
+        records.add(9, "VornExecuteProgram: argv[", i, "] = ", words[i]);
+    }
+    return records;
 }
 
 // ---------------------------------------------------------------------------
@@ -67,11 +80,13 @@ bool takeOver(int handle, int target, int reportEnd)
 
 // Ends with 0 whatever happened, so that a waiting parent reads 0 for a
 // program that could not be started.
-[[noreturn]] void runChild(char* const* arguments, int stdinHandle, int stdoutHandle, const int report[2])
+[[noreturn]] void runChild(const ForkedChildRecords& records, char* const* arguments, int stdinHandle,
+                           int stdoutHandle, const int report[2])
 {
     if (report[0] >= 0) {
         close(report[0]);
     }
+    records.write();
     char refused = kStdinRefused;
     bool taken = takeOver(stdinHandle, STDIN_FILENO, report[1]);
     if (taken) {
@@ -151,6 +166,7 @@ bool VornExecuteProgramEx(const std::string& commandLine, int stdinHandle, int s
     logLibraryRecord(5, "VornExecuteProgramEx: Execution Started.");
     std::vector<std::string> words = commandWords(commandLine);
     std::vector<char*> arguments = argumentVector(words);
+    const ForkedChildRecords records = childRecords(words);
     int report[2] = {-1, -1};
     if (pipe2(report, O_CLOEXEC) != 0) {
         report[0] = report[1] = -1;
@@ -158,7 +174,7 @@ bool VornExecuteProgramEx(const std::string& commandLine, int stdinHandle, int s
 
     const pid_t child = fork();
     if (child == 0) {
-        runChild(arguments.data(), stdinHandle, stdoutHandle, report);
+        runChild(records, arguments.data(), stdinHandle, stdoutHandle, report);
     }
     logLibraryRecord(9, "VornExecuteProgram: child process id: ", child);
     if (report[1] >= 0) {

@@ -4,11 +4,17 @@
 
 #include <fcntl.h>
 #include <sys/select.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/un.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
+#include <cstddef>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
 #include <initializer_list>
 
 namespace VornSupport {
@@ -117,6 +123,68 @@ private:
     int m_descriptor;
 };
 
+// ---------------------------------------------------------------------------
+// The service manager
+
+// The socket a service manager names in NOTIFY_SOCKET to hear of the
+// service's start and stop: a path, or an abstract name behind "@". It is
+// looked up once, when the service starts, so that a message later takes
+// socket, sendto and close alone, which are safe anywhere, in a signal
+// handler too. Without the variable, or with a form it does not know, it
+// sends nothing.
+class ServiceManagerSocket {
+public:
+    void locate()
+    {
+        m_length = 0;
+        const char* name = std::getenv("NOTIFY_SOCKET");
+        if (name == nullptr || (name[0] != '/' && name[0] != '@')) {
+            return;
+        }
+        const std::size_t nameLength = std::strlen(name);
+        if (nameLength < 2 || nameLength >= sizeof m_address.sun_path) {
+            return;
+        }
+        m_address = sockaddr_un{};
+        m_address.sun_family = AF_UNIX;
+        std::memcpy(m_address.sun_path, name, nameLength);
+        if (name[0] == '@') {
+            m_address.sun_path[0] = '\0';
+        }
+        m_length = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + nameLength + (name[0] == '/' ? 1 : 0));
+    }
+
+    // One datagram; a manager that is not listening misses it.
+    void tell(const char* message) const
+    {
+        if (m_length == 0) {
+            return;
+        }
+        const int savedErrno = errno;
+        const int descriptor = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+        if (descriptor >= 0) {
+            sendto(descriptor, message, std::strlen(message), MSG_NOSIGNAL,
+                   reinterpret_cast<const sockaddr*>(&m_address), m_length);
+            close(descriptor);
+        }
+        errno = savedErrno;
+    }
+
+private:
+    sockaddr_un m_address{};
+    socklen_t m_length = 0;
+};
+
+ServiceManagerSocket g_serviceManager;
+
+// With the process that runs the service, which a daemon's parent is not.
+void tellServiceManagerReady()
+{
+    char message[64];
+    std::snprintf(message, sizeof message, "READY=1\nMAINPID=%d", static_cast<int>(getpid()));
+    g_serviceManager.tell(message);
+}
+
 }  // namespace
 
 // ---------------------------------------------------------------------------
@@ -151,6 +219,7 @@ bool VornService::start(const std::string& argument, bool daemonize)
     if (state() == Running) {
         return true;
     }
+    g_serviceManager.locate();
     const bool result = daemonize ? runAsDaemon(argument) : runInForeground(argument);
     logLibraryRecord(9, "VornService::start: exiting");
     return result;
@@ -162,6 +231,7 @@ bool VornService::runInForeground(const std::string& argument)
         return false;
     }
     m_state = Running;
+    tellServiceManagerReady();
     installControlHandler({SIGINT, SIGTERM, SIGPIPE});
     logLibraryRecord(9, "VornService::start: waiting for service to exit");
     waitForStop();
@@ -196,6 +266,10 @@ bool VornService::runAsDaemon(const std::string& argument)
     logLibraryRecord(9, "VornService::start: waiting for service to exit");
     m_state = Running;
     const bool started = serviceStart(argument);
+    // The manager learns the new main process before the parent leaves.
+    if (started) {
+        tellServiceManagerReady();
+    }
     parent.report(started ? kStarted : kStartFailed);
     if (started) {
         waitForStop();
@@ -217,6 +291,7 @@ void VornService::waitForStop()
 
 bool VornService::stop()
 {
+    g_serviceManager.tell("STOPPING=1");
     logLibraryRecord(9, "VornService::stop: entering");
     m_state = StopRequested;
     m_event.set();

@@ -1,6 +1,24 @@
 #include <vsupt/VornCmdLineTokenizer.h>
 
+#include <algorithm>
+
 namespace VornSupport {
+
+namespace {
+
+// Whether a quote character stands from first up to and including last. A
+// word can only be quoted when a quote comes no later than the separator
+// that would end it, so the search stops there: looking through the whole
+// rest of the text for every word made splitting cost the square of the
+// text's length.
+template <class T>
+bool quoteWithin(const T& text, typename T::size_type first, typename T::size_type last, const T& quotes)
+{
+    const auto end = text.begin() + last + 1;
+    return std::find_first_of(text.begin() + first, end, quotes.begin(), quotes.end()) != end;
+}
+
+}  // namespace
 
 template <class T>
 VornCmdLineTokenizer<T>::VornCmdLineTokenizer(const T& text) : m_text(text), m_position(0)
@@ -37,8 +55,7 @@ T VornCmdLineTokenizer<T>::next()
         m_position = T::npos;
         return word;
     }
-    const auto quote = m_text.find_first_of(m_quotes, m_position);
-    if (quote == T::npos || quote > separator) {
+    if (!quoteWithin(m_text, m_position, separator, m_quotes)) {
         T word = m_text.substr(m_position, separator - m_position);
         m_position = m_text.find_first_not_of(m_separators, separator);
         return word;

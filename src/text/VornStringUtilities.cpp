@@ -12,6 +12,8 @@
 #include <cstring>
 #include <exception>
 #include <new>
+#include <string>
+#include <utility>
 #include <vector>
 
 namespace VornSupport {
@@ -310,104 +312,121 @@ void VornTokenizer(const std::string& text, const std::string& delimiters, std::
 
 namespace {
 
-void eraseCharacterAt(char* position)
-{
-    std::memmove(position, position + 1, std::strlen(position + 1) + 1);
-}
+// A command line being cut into words in place. Quotes leave the text as
+// the walk passes them: everything before the write position is final, and
+// the read position, never behind it, is the next character of the line yet
+// to be looked at. Moving the rest of the line down for each quote instead
+// made a line of quotes cost the square of its length.
+class QuotedLine {
+public:
+    explicit QuotedLine(std::string text) : m_text(std::move(text)) {}
 
-// The next double quote at or behind position, or null at the end.
-char* skipToQuote(char* position)
-{
-    for (; *position != '\0'; ++position) {
-        if (*position == '"') {
-            return position;
+    // The next character to be looked at; NUL at the end.
+    char next() const { return m_read < m_text.size() ? m_text[m_read] : '\0'; }
+    std::size_t written() const { return m_written; }
+    std::string wordFrom(std::size_t start) const { return m_text.substr(start, m_written - start); }
+
+    void keep() { m_text[m_written++] = m_text[m_read++]; }
+    void drop() { ++m_read; }
+
+    // Keeps everything up to the next double quote, which is then the next
+    // character; false at the end of the line.
+    bool keepToQuote()
+    {
+        while (m_read < m_text.size() && m_text[m_read] != '"') {
+            keep();
         }
+        return m_read < m_text.size();
     }
-    return nullptr;
-}
 
-// The next blank outside quotes at or behind position, or null at the end.
-// The quotes on the way are removed from the buffer.
-char* skipToBlank(char* position)
-{
-    while (*position != '\0') {
-        if (*position == ' ') {
-            return position;
-        }
-        if (*position == '"') {
-            eraseCharacterAt(position);
-            position = skipToQuote(position);
-            if (position == nullptr) {
-                return nullptr;
+    // Keeps everything up to the next blank outside quotes, dropping the
+    // quotes on the way; false at the end of the line.
+    bool keepToBlank()
+    {
+        while (m_read < m_text.size()) {
+            if (m_text[m_read] == ' ') {
+                return true;
             }
-            eraseCharacterAt(position);
-            continue;
+            if (m_text[m_read] != '"') {
+                keep();
+                continue;
+            }
+            drop();
+            if (!keepToQuote()) {
+                return false;
+            }
+            drop();
         }
-        ++position;
+        return false;
     }
-    return nullptr;
+
+private:
+    std::string m_text;
+    std::size_t m_written = 0;
+    std::size_t m_read = 0;
+};
+
+void appendIfNotEmpty(std::string word, std::vector<std::string>& words)
+{
+    if (!word.empty()) {
+        words.push_back(std::move(word));
+    }
 }
 
-void appendIfNotEmpty(const char* word, std::vector<std::string>& words)
+// Walks the line with the start of the current word. A quote steps the
+// start on by one character, which skips the quote itself only when it
+// opens the word.
+void splitQuotedCommandLine(QuotedLine line, std::vector<std::string>& words)
 {
-    if (*word != '\0') {
-        words.emplace_back(word);
-    }
-}
-
-// Walks the buffer with the current position p and the start of the current
-// word s, cutting words off with NULs and removing quotes as it goes.
-void splitQuotedCommandLine(char* buffer, std::vector<std::string>& words)
-{
-    char* p = buffer;
-    char* s = buffer;
+    std::size_t start = 0;
     for (;;) {
-        switch (*p) {
+        switch (line.next()) {
         case ' ':
-            *p++ = '\0';
-            appendIfNotEmpty(s, words);
-            s = p;
+            line.drop();
+            appendIfNotEmpty(line.wordFrom(start), words);
+            start = line.written();
             break;
         case '"':
-            ++s;
-            p = skipToQuote(p + 1);
-            if (p == nullptr) {
-                appendIfNotEmpty(s, words);
+            ++start;
+            line.keep();
+            if (!line.keepToQuote()) {
+                appendIfNotEmpty(line.wordFrom(start), words);
                 return;
             }
-            eraseCharacterAt(p);
+            line.drop();
             break;
         case '\0':
-            appendIfNotEmpty(s, words);
+            appendIfNotEmpty(line.wordFrom(start), words);
             return;
-        default:
-            p = skipToBlank(p);
-            if (p == nullptr) {
-                words.emplace_back(s);
+        default: {
+            const bool blankFollows = line.keepToBlank();
+            words.push_back(line.wordFrom(start));
+            if (!blankFollows) {
                 return;
             }
-            *p++ = '\0';
-            words.emplace_back(s);
-            s = p;
+            line.drop();
+            start = line.written();
             break;
+        }
         }
     }
 }
 
 }  // namespace
 
+// The line counts up to its first NUL.
 void VornParseCommandLine(const std::string& line, std::vector<std::string>& words)
 {
     if (line.empty()) {
         return;
     }
-    std::vector<char> buffer(line.c_str(), line.c_str() + line.size() + 1);
+    std::string text(line.c_str());
     words.clear();
-    if (std::strchr(buffer.data(), '"') == nullptr) {
-        VornTokenizer(buffer.data(), " ", words);
+    if (text.find('"') == std::string::npos) {
+        VornTokenizer(text.data(), " ", words);
         return;
     }
-    splitQuotedCommandLine(buffer.data(), words);
+    splitQuotedCommandLine(QuotedLine(std::move(text)), words);
 }
 
 // ---------------------------------------------------------------------------

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <initializer_list>
 #include <string>
 #include <thread>
 #include <vector>
@@ -22,6 +23,16 @@ Bytes payloadOf(const VornBufferStream& stream)
 {
     const Bytes block = blockOf(stream);
     return Bytes(block.begin() + 8, block.end());
+}
+
+Bytes bytesOfInts(std::initializer_list<int> values)
+{
+    Bytes bytes;
+    for (int value : values) {
+        const auto* first = reinterpret_cast<const unsigned char*>(&value);
+        bytes.insert(bytes.end(), first, first + sizeof value);
+    }
+    return bytes;
 }
 
 template <class T>
@@ -132,6 +143,32 @@ TEST(VornBufferStreamTest, ReceivedBlocksAndCopiesHoldTheirOwnPayload)
     EXPECT_EQ(source.size(), 4u + 8 + 4 + 8);
     char tooShort[3] = {1, 2, 3};
     EXPECT_EQ(VornBufferStream(tooShort, 3).size(), 0u);
+}
+
+// Reads leave the unread rest where it stands; a copy, buffer() and a write
+// that needs the room the reads freed see it at byte 8, as if every read had
+// moved it down.
+TEST(VornBufferStreamTest, TheUnreadRestStandsAtByteEightWheneverItIsSeen)
+{
+    VornBufferStream stream(16);
+    stream << 1 << 2 << 3 << 4;
+    EXPECT_EQ(readBack<int>(stream), 1);
+    VornBufferStream copy(stream);
+    VornBufferStream assigned;
+    assigned = stream;
+    EXPECT_EQ(payloadOf(copy), bytesOfInts({2, 3, 4}));
+    EXPECT_EQ(payloadOf(assigned), bytesOfInts({2, 3, 4}));
+
+    EXPECT_EQ(readBack<int>(stream), 2);
+    stream << 5 << 6 << 7;
+    EXPECT_EQ(readBack<int>(stream), 3);
+    Bytes block = {16, 0, 0, 0, 0, 0, 0, 0};
+    const Bytes payload = bytesOfInts({4, 5, 6, 7});
+    block.insert(block.end(), payload.begin(), payload.end());
+    EXPECT_EQ(blockOf(stream), block);
+    for (int expected : {4, 5, 6, 7}) {
+        EXPECT_EQ(readBack<int>(stream), expected);
+    }
 }
 
 TEST(VornBufferStreamTest, OneThreadReadsWhatAnotherWrites)

@@ -9,7 +9,14 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
 #include <cstdlib>
+#include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <map>
 #include <sstream>
@@ -55,6 +62,48 @@ protected:
 
 template <class S>
 class AllStoresFileTest : public PropertyFileTest {
+};
+
+std::string readAll(const std::string& path)
+{
+    std::stringstream text;
+    text << std::ifstream(path, std::ios::binary).rdbuf();
+    return text.str();
+}
+
+// A file system of 64 KiB in a scratch directory, where the test may mount
+// one (root may); the test is skipped elsewhere.
+class FullDiskTest : public PropertyFileTest {
+protected:
+    void SetUp() override
+    {
+        PropertyFileTest::SetUp();
+        m_mounted = mount("tmpfs", m_directory.c_str(), "tmpfs", 0, "size=64k") == 0;
+        if (!m_mounted) {
+            GTEST_SKIP() << "cannot mount a small tmpfs here: " << std::strerror(errno);
+        }
+    }
+    void TearDown() override
+    {
+        if (m_mounted) {
+            umount2(m_directory.c_str(), MNT_DETACH);
+        }
+        PropertyFileTest::TearDown();
+    }
+
+    // Writes a file until the file system refuses more.
+    void fill(const std::string& path)
+    {
+        std::ofstream filler(path, std::ios::binary);
+        const std::string block(4096, 'x');
+        while (filler.write(block.data(), block.size()).flush()) {
+        }
+        filler.clear();
+        while (filler.put('x').flush()) {
+        }
+    }
+
+    bool m_mounted = false;
 };
 
 using StoreTypes = ::testing::Types<std::string, std::wstring, ci_string, ci_wstring>;
@@ -203,4 +252,67 @@ TEST_F(PropertyFileTest, LoadsAndSavesLogTheFileAndLevelNineEveryProperty)
                                "DebugPrintProperty: a=12 (2)", "DebugPrintProperty: z=old (3)",
                                "VornProperties<StringType>::saveProperties: to file " + m_directory,
                                "VornProperties<StringType>::saveProperties: couldn't open file " + m_directory}));
+}
+
+TEST_F(FullDiskTest, ASaveThatDoesNotFitFailsAndLeavesTheOldFile)
+{
+    const std::string path = m_directory + "/settings";
+    VornProperties<std::string> store;
+    store.addProperty("old", "1");
+    ASSERT_TRUE(store.saveProperties(path));
+    fill(m_directory + "/filler");
+    for (int i = 0; i < 1000; ++i) {
+        store.addProperty("name" + std::to_string(i), std::string(20, 'v'));
+    }
+    EXPECT_EQ(textThrown<VornException>([&] { store.saveProperties(path); }),
+              "VornProperties<StringType>::saveProperties: couldn't write file " + path + ": No space left on device");
+    EXPECT_EQ(readAll(path), "old=1\n");
+
+    std::filesystem::remove(m_directory + "/filler");
+    ASSERT_TRUE(store.savePropertiesImpl(path));
+    VornProperties<std::string> back;
+    back.loadProperties(path);
+    EXPECT_EQ(back.getProperties(), store.getProperties());
+}
+
+// The file is rewritten in place, never replaced: links keep leading to it.
+TEST_F(PropertyFileTest, ASaveRewritesTheFileThatLinksLeadTo)
+{
+    const std::string path = write("a=1\nb=2\nc=3\n");
+    const std::string hardLink = m_directory + "/hard";
+    const std::string symbolicLink = m_directory + "/symbolic";
+    std::filesystem::create_hard_link(path, hardLink);
+    std::filesystem::create_symlink(path, symbolicLink);
+    VornProperties<std::string> store;
+    store.addProperty("z", "9");
+    ASSERT_TRUE(store.saveProperties(symbolicLink));
+    EXPECT_TRUE(std::filesystem::is_symlink(symbolicLink));
+    EXPECT_EQ(readAll(hardLink), "z=9\n");
+}
+
+// A FIFO would block the load and a device would never end it; they are
+// files that cannot be opened. A line past the limit ends the load, and
+// what came before it stays.
+TEST_F(PropertyFileTest, OnlyRegularFilesAreReadAndALineTooLongEndsTheLoad)
+{
+    const std::string fifo = m_directory + "/fifo";
+    ASSERT_EQ(0, mkfifo(fifo.c_str(), 0600));
+    for (const std::string& path : {fifo, std::string("/dev/zero")}) {
+        VornProperties<std::wstring> store;
+        EXPECT_EQ(textThrown<VornException>([&] { store.loadProperties(path); }),
+                  "VornProperties<StringType>::loadProperties: couldn't open file " + path);
+    }
+
+    const std::string longest(VornProperties<std::string>::maxLineLength - 2, 'v');
+    const std::string plain = write("a=1\nb=" + longest + "\nc=" + longest + "v\nd=4\n");
+    const std::string wide = write(utf16(u"a=1\nb=" + std::u16string(longest.size(), u'v') + u"\nc=" +
+                                         std::u16string(longest.size() + 1, u'v') + u"\nd=4\n"));
+    for (const std::string& path : {plain, wide}) {
+        VornProperties<std::string> store;
+        EXPECT_EQ(textThrown<VornException>([&] { store.loadProperties(path); }),
+                  "VornProperties<StringType>::loadProperties: line longer than 1048576 characters in file " + path);
+        EXPECT_EQ(store.getProperty("a"), "1");
+        EXPECT_EQ(store.getProperty("b"), longest);
+        EXPECT_EQ(store.size(), 2u);
+    }
 }

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <string>
 #include <vector>
 
@@ -96,4 +97,53 @@ TEST(VornTreeNodeTest, PrintWritesTheSubtreeIndentedOnlyAtLevelNine)
     EXPECT_EQ(recordsAt(9, [&] { root.print(0); }),
               (Keys{"VornTreeNode::print: Key = r", "    VornTreeNode::print: Key = a",
                     "        VornTreeNode::print: Key = b"}));
+}
+
+// Once insert or a new key has broken the order, add and the lookups go by
+// the order of the list, and they trust the keys again once it ascends.
+TEST(VornTreeNodeTest, ABrokenOrderIsWalkedFromTheFrontUntilItAscendsAgain)
+{
+    VornTreeNode root;
+    Node a = root.add(new VornTreeNode("a"));
+    Node c = root.add(new VornTreeNode("c"));
+    Node early = new VornTreeNode("c");
+    root.insert(0, early);
+    EXPECT_EQ(root.getNode("c"), early);
+    root.add(new VornTreeNode("b"));
+    EXPECT_EQ(childKeys(root, 4), (Keys{"b", "c", "a", "c"}));
+    root.erase("c");
+    root.erase("b");
+    root.add(new VornTreeNode("b"));
+    EXPECT_EQ(childKeys(root, 3), (Keys{"a", "b", "c"}));
+
+    a->setKey("d");
+    EXPECT_EQ(root.getNode("d"), a);
+    root.add(new VornTreeNode("bb"));
+    EXPECT_EQ(childKeys(root, 4), (Keys{"bb", "d", "b", "c"}));
+    EXPECT_FALSE(root[4]);
+}
+
+TEST(VornTreeNodeTest, AHundredThousandLevelsAreAddedFoundAndReleasedWithoutRecursion)
+{
+    const Keys path(100000, "k");
+    Node root = new VornTreeNode;
+    Keys consumed = path;
+    Node leaf = root->add(new VornTreeNode, consumed);
+    consumed = path;
+    EXPECT_EQ(root->getNode(consumed), leaf);
+    root = nullptr;
+    EXPECT_EQ(leaf->refCount(), 1);
+}
+
+TEST(VornTreeNodeTest, ChildrenAddedInDescendingOrderEachGoToTheFront)
+{
+    VornTreeNode root;
+    char key[16];
+    for (int i = 20000; i > 0; --i) {
+        std::snprintf(key, sizeof key, "%05d", i);
+        root.add(new VornTreeNode(key));
+    }
+    EXPECT_EQ(root[0]->getKey(), "00001");
+    EXPECT_EQ(root[19999]->getKey(), "20000");
+    EXPECT_EQ(root.getNode("12345"), root[12344]);
 }

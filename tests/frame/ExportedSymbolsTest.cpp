@@ -1,19 +1,52 @@
 // The library's boundary is its dynamic symbol table: the public classes and
-// functions are there, the implementation classes are not.
+// functions are there, under the library's version node, and neither the
+// implementation classes nor the standard library's templates are.
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <sstream>
 #include <string>
 
-TEST(ExportedSymbolsTest, ThePublicInterfaceIsExportedAndImplementationClassesStayInside)
+namespace {
+
+// What nm prints for the library's defined dynamic symbols.
+std::string definedSymbols(const std::string& options)
 {
     std::string symbols;
-    FILE* pipe = popen((std::string("nm -DC --defined-only '") + VSUPT_LIBRARY_FILE + "'").c_str(), "r");
-    ASSERT_NE(pipe, nullptr);
+    FILE* pipe = popen(("nm -D --defined-only " + options + " '" + VSUPT_LIBRARY_FILE + "'").c_str(), "r");
+    if (pipe == nullptr) {
+        return symbols;
+    }
     for (int c; (c = fgetc(pipe)) != EOF;) {
         symbols += static_cast<char>(c);
     }
     pclose(pipe);
+    return symbols;
+}
+
+// Whether a mangled name belongs to std:: or __gnu_cxx::, or is the typeinfo,
+// vtable or guard of something there.
+bool isStandardLibraryName(std::string name)
+{
+    for (const char* special : {"_ZTI", "_ZTS", "_ZTV", "_ZTT", "_ZGV"}) {
+        if (name.rfind(special, 0) == 0) {
+            name = "_Z" + name.substr(4);
+        }
+    }
+    for (const char* prefix : {"_ZSt", "_ZNSt", "_ZNKSt", "_ZN9__gnu_cxx", "_ZNK9__gnu_cxx", "_ZNSa", "_ZNKSa", "_ZNSs",
+                               "_ZNKSs"}) {
+        if (name.rfind(prefix, 0) == 0) {
+            return true;
+        }
+    }
+    return false;
+}
+
+}  // namespace
+
+TEST(ExportedSymbolsTest, ThePublicInterfaceIsExportedAndImplementationClassesStayInside)
+{
+    const std::string symbols = definedSymbols("-C");
     ASSERT_FALSE(symbols.empty());
     const char* names[] = {
         "ModuleData::entry()",
@@ -102,4 +135,22 @@ TEST(ExportedSymbolsTest, ThePublicInterfaceIsExportedAndImplementationClassesSt
                              "PatternReader", "MatchStack", "RwLockImplementation"}) {
         EXPECT_EQ(symbols.find(std::string(" ") + name), std::string::npos) << name;
     }
+}
+
+TEST(ExportedSymbolsTest, EverySymbolStandsUnderTheOneVersionNodeAndNoStandardTemplateIsExported)
+{
+    std::istringstream lines(definedSymbols("--with-symbol-versions"));
+    int count = 0;
+    for (std::string address, type, symbol; lines >> address >> type >> symbol;) {
+        if (type == "A") {
+            EXPECT_EQ(symbol, "VSUPT_1.0");
+            continue;
+        }
+        ++count;
+        const auto at = symbol.find("@@");
+        ASSERT_NE(at, std::string::npos) << symbol;
+        EXPECT_EQ(symbol.substr(at), "@@VSUPT_1.0");
+        EXPECT_FALSE(isStandardLibraryName(symbol.substr(0, at))) << symbol;
+    }
+    EXPECT_GT(count, 0);
 }

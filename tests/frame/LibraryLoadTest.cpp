@@ -3,6 +3,9 @@
 
 #include <dlfcn.h>
 
+#include <future>
+#include <thread>
+
 namespace {
 
 bool isLoaded()
@@ -18,6 +21,20 @@ void** globalSection(void*& library)
     library = dlopen(VSUPT_LIBRARY_FILE, RTLD_NOW | RTLD_LOCAL);
     EXPECT_NE(library, nullptr) << dlerror();
     return library ? static_cast<void**>(dlsym(library, "_ZN11VornSupport18g_pCriticalSectionE")) : nullptr;
+}
+
+// The module's section, as LockingModule.cpp gives it.
+struct Section {
+    void (*lock)();
+    void (*unlock)();
+    int (*depth)();
+    bool (*isFreeHere)();
+};
+
+template <class Function>
+Function find(void* module, const char* name)
+{
+    return module ? reinterpret_cast<Function>(dlsym(module, name)) : nullptr;
 }
 
 }  // namespace
@@ -51,4 +68,46 @@ TEST(LibraryLoadTest, LoadsAgainAfterUnload)
         EXPECT_EQ(dlclose(library), 0);
         EXPECT_FALSE(isLoaded());
     }
+}
+
+// The threads' lists of held locks are in the library's static thread-local
+// storage, for which a library loaded after start-up must find room in the
+// spare space the loader keeps, and which the loader must also give the
+// threads already running. One of those takes a lock twice.
+TEST(LibraryLoadTest, LocksForThreadsThatRanBeforeItWasLoaded)
+{
+    ASSERT_FALSE(isLoaded());
+    std::promise<Section> loaded;
+    std::promise<void> held;
+    std::promise<void> released;
+    std::thread earlier([&] {
+        const Section section = loaded.get_future().get();
+        if (section.lock == nullptr) {
+            return;
+        }
+        section.lock();
+        section.lock();
+        held.set_value();
+        released.get_future().wait();
+        section.unlock();
+        section.unlock();
+    });
+    void* module = dlopen(VSUPT_LOCKING_MODULE_FILE, RTLD_NOW | RTLD_LOCAL);
+    const char* error = module ? "" : dlerror();
+    const Section section{find<void (*)()>(module, "lockSection"), find<void (*)()>(module, "unlockSection"),
+                          find<int (*)()>(module, "sectionDepth"), find<bool (*)()>(module, "sectionIsFreeHere")};
+    loaded.set_value(section);
+    if (section.lock == nullptr) {
+        earlier.join();
+        FAIL() << error;
+    }
+    held.get_future().wait();
+    EXPECT_EQ(section.depth(), 2);
+    EXPECT_FALSE(section.isFreeHere());
+    released.set_value();
+    earlier.join();
+    EXPECT_EQ(section.depth(), 0);
+    EXPECT_TRUE(section.isFreeHere());
+    EXPECT_EQ(dlclose(module), 0);
+    EXPECT_FALSE(isLoaded());
 }

@@ -5,6 +5,10 @@
 
 #include "support/LibrarySignals.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <cstdio>
@@ -36,6 +40,11 @@ std::string nextFileNumber(unsigned seed)
     const int number = std::rand();
     std::srand(seed);
     return std::to_string(number);
+}
+
+void writeFile(const std::string& path, const std::string& text)
+{
+    std::ofstream(path) << text;
 }
 
 std::string opening(const std::string& name)
@@ -142,6 +151,85 @@ TEST_F(VornLoggingFileTest, SetTargetClosesAndOpensTheFileWithTheFileBit)
     testing::internal::CaptureStderr();
     m_logger->setTarget(VornLogging::TargetFile);
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
+// Rotation by copy and truncate cuts the file under the logger: the next
+// record goes to its new end, with no hole of NUL bytes before it.
+TEST_F(VornLoggingFileTest, RecordsGoToTheEndOfAFileCutUnderTheLogger)
+{
+    const std::string name = openQuietly("cut", 25, 5);
+    for (int i = 0; i < 50; ++i) {
+        *m_logger << setloglevel(5) << "before the cut " << i << endrecord;
+    }
+    std::filesystem::resize_file(name, 0);
+    *m_logger << setloglevel(5) << "after the cut" << endrecord;
+    const std::string text = readFile(name);
+    EXPECT_EQ(std::count(text.begin(), text.end(), '\0'), 0);
+    EXPECT_EQ(text.substr(text.find("] ")), "] after the cut\n") << text;
+}
+
+// Rotation by renaming: the logger opens its path again, without cutting
+// what is there, also after the process changed its directory.
+TEST_F(VornLoggingFileTest, ReopenLogFileAppendsToTheSamePathAgain)
+{
+    const std::string name = openQuietly("rotated", 27, 5);
+    *m_logger << setloglevel(5) << "first" << endrecord;
+    std::filesystem::rename(name, "rotated.1");
+    writeFile(name, "made by the rotation\n");
+    std::filesystem::current_path("/");
+    ASSERT_TRUE(m_logger->reopenLogFile());
+    *m_logger << setloglevel(5) << "second" << endrecord;
+    std::filesystem::current_path(m_dir);
+
+    const std::string rotated = readFile("rotated.1");
+    EXPECT_EQ(rotated.substr(rotated.find("] ")), "] first\n");
+    const std::string text = readFile(name);
+    EXPECT_EQ(text.substr(0, 21), "made by the rotation\n");
+    EXPECT_EQ(text.substr(text.find("] ")), "] second\n") << text;
+
+    m_logger->setTarget(VornLogging::TargetStdout);
+    EXPECT_FALSE(m_logger->reopenLogFile()) << "no file target";
+}
+
+// The file name leads to /dev/full until it is replaced and reopened;
+// standard output is /dev/full for two records.
+TEST_F(VornLoggingFileTest, ATargetThatStopsTakingRecordsIsToldOnceAndItsRecoveryOnce)
+{
+    const std::string name = "full" + nextFileNumber(29) + ".log";
+    const std::string path = m_dir + "/" + name;
+    std::filesystem::create_symlink("/dev/full", name);
+    std::srand(29);
+    testing::internal::CaptureStderr();
+    VornLogging logger("full", VornLogging::TargetFile, 5);
+    for (int i = 0; i < 3; ++i) {
+        logger << setloglevel(5) << "lost " << i << endrecord;
+    }
+    std::filesystem::remove(name);
+    ASSERT_TRUE(logger.reopenLogFile());
+    logger << setloglevel(5) << "kept" << endrecord;
+    logger << setloglevel(5) << "kept too" << endrecord;
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              opening(name) + "VornLogging: Cannot write to log file " + path + " (28)\n" +
+                  "VornLogging: Writing to log file " + path + " again (records lost: 3)\n");
+
+    logger.setTarget(VornLogging::TargetStdout);
+    std::fflush(stdout);
+    const int savedStdout = dup(STDOUT_FILENO);
+    const int full = open("/dev/full", O_WRONLY | O_CLOEXEC);
+    ASSERT_GE(full, 0);
+    dup2(full, STDOUT_FILENO);
+    testing::internal::CaptureStderr();
+    logger << setloglevel(5) << "lost" << endrecord;
+    logger << setloglevel(5) << "lost" << endrecord;
+    dup2(savedStdout, STDOUT_FILENO);
+    close(savedStdout);
+    close(full);
+    testing::internal::CaptureStdout();
+    logger << setloglevel(5) << "shown" << endrecord;
+    const std::string shown = testing::internal::GetCapturedStdout();
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "VornLogging: Cannot write to stdout (28)\nVornLogging: Writing to stdout again (records lost: 2)\n");
+    EXPECT_EQ(shown.substr(shown.find("] ")), "] shown\n");
 }
 
 // The quiet timer runs for a minute before it finishes a record whose

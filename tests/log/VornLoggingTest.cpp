@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cfloat>
 #include <chrono>
 #include <cstdio>
 #include <string>
@@ -132,6 +133,14 @@ TEST(VornLoggingTest, ItemsAreWrittenAsNarrowTextByTypeUntilANullText)
               }),
               (Lines{"true false c -3 65535 -7 4000000000 -8 18446744073709551615 1.500000 2.250000", "(nil)", "ab",
                      "std CI wide ci-wide", "no narrow form: .", "before "}));
+}
+
+// The longest number item: every digit of the largest double, and its sign.
+TEST(VornLoggingTest, TheLongestNumberItemIsWrittenWhole)
+{
+    const std::string longest = std::to_string(-DBL_MAX);
+    ASSERT_EQ(longest.size(), 317u);
+    EXPECT_EQ(linesAt(5, [](VornLogging& log) { log << setloglevel(0) << -DBL_MAX << endrecord; }), Lines{longest});
 }
 
 TEST(VornLoggingTest, EndrecordOfAnotherThreadNeverWaitsNorEndsTheRecord)

@@ -8,6 +8,9 @@
 #include <fcntl.h>
 #include <sys/wait.h>
 
+#include <set>
+#include <vector>
+
 using namespace VornSupport;
 
 // A program that cannot run, or is killed, reads as status 0. One trailing
@@ -81,4 +84,42 @@ TEST(VornExecuteProgramTest, RefusedHandleNeverStartsTheProgramAndLeaksNothing)
         EXPECT_NE(std::string::npos,
                   records.find("] VornExecuteProgram: could not duplicate requested standard " + handle + " handle: \n"));
     }
+}
+
+// The child writes its records between fork and exec, to the file and to
+// stdout as the logger would, with the thread field of the thread that
+// called: the child's one thread is a copy of it.
+TEST(VornExecuteProgramTest, TheChildWritesItsLevelNineRecordsToEveryTarget)
+{
+    ScratchDirectory scratch;
+    testing::internal::CaptureStderr();
+    VornLogging logger(scratch / "exec", VornLogging::TargetFile | VornLogging::TargetStdout, 9);
+    testing::internal::GetCapturedStderr();
+    VornLogging::setInstance(logger);
+    testing::internal::CaptureStdout();
+    int status = 77;
+    EXPECT_TRUE(VornExecuteProgram("/bin/sh -c \"exit 3\"", true, nullptr, &status));
+    const std::string printed = testing::internal::GetCapturedStdout();
+    EXPECT_EQ(3, status);
+
+    std::string file;
+    for (const auto& entry : std::filesystem::directory_iterator(scratch.path())) {
+        file = readFile(entry.path());
+    }
+    EXPECT_EQ(printed, file);
+    std::vector<std::string> child;
+    std::set<std::string> threads;
+    std::istringstream lines(file);
+    for (std::string line; std::getline(lines, line);) {
+        threads.insert(line.substr(32, line.find("] ") - 32));
+        const std::string text = line.substr(line.find("] ") + 2);
+        if (text == "VornExecuteProgram: child process id: 0" || text.rfind("VornExecuteProgram: argv[", 0) == 0) {
+            EXPECT_EQ(line.substr(17, 15), " 9 Global     [") << line;
+            child.push_back(text);
+        }
+    }
+    EXPECT_EQ(child, (std::vector<std::string>{"VornExecuteProgram: child process id: 0",
+                                                "VornExecuteProgram: argv[0] = /bin/sh",
+                                                "VornExecuteProgram: argv[1] = -c", "VornExecuteProgram: argv[2] = exit 3"}));
+    EXPECT_EQ(threads.size(), 1u) << file;
 }

@@ -4,13 +4,17 @@
 
 #include <gtest/gtest.h>
 
+#include "OsTesting.h"
+
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <chrono>
 #include <csignal>
+#include <cstdlib>
 #include <memory>
+#include <string>
 #include <thread>
 
 using namespace VornSupport;
@@ -61,6 +65,26 @@ TEST(VornServiceTest, ForegroundServiceRunsUntilStoppedAndIgnoresASecondStart)
     EXPECT_FALSE(failing.start("", false));
     EXPECT_EQ(0, failing.stops) << "a failed start is not stopped";
     EXPECT_EQ(VornService::Stopped, failing.state());
+}
+
+// A service manager's socket under an abstract name, as NOTIFY_SOCKET
+// names it with a leading "@".
+TEST(VornServiceTest, AServiceManagerHearsOfTheStartAndTheStop)
+{
+    const NotifySocket manager("@vsupt-notify-" + std::to_string(getpid()));
+    ASSERT_TRUE(manager.bound());
+    setenv("NOTIFY_SOCKET", manager.name().c_str(), 1);
+    RecordingService service(true);
+    std::string ready;
+    std::thread stopper([&] {
+        ready = manager.receive();
+        service.stop();
+    });
+    EXPECT_TRUE(service.start("", false));
+    stopper.join();
+    unsetenv("NOTIFY_SOCKET");
+    EXPECT_EQ(ready, "READY=1\nMAINPID=" + std::to_string(getpid()));
+    EXPECT_EQ(manager.receive(), "STOPPING=1");
 }
 
 // The handler remembers the first signal for the life of the process, so

@@ -46,6 +46,30 @@ TEST(VornCmdLineTokenizerTest, SplitsWordsAndQuotedRunsLikeAShell)
     EXPECT_EQ(drain(VornSupport::VornCmdLineTokenizer<std::string>("a b")), Words{});
 }
 
+// A separator that is a quote as well opens a quoted run when it is the
+// first of them to come.
+TEST(VornCmdLineTokenizerTest, ASeparatorThatIsAQuoteOpensARun)
+{
+    VornSupport::VornCmdLineTokenizer<std::string> tokenizer("ab\"c d\" e");
+    tokenizer.setSeparators(" \"");
+    tokenizer.setQuotes("\"'");
+    EXPECT_EQ(drain(tokenizer), (Words{"abc d", "e"}));
+}
+
+TEST(VornCmdLineTokenizerTest, SplitsAQuarterMegabyteOfOptionsInOnePass)
+{
+    const int count = 256 * 1024 / 3;
+    std::string text;
+    for (int i = 0; i < count; ++i) {
+        text += "-a ";
+    }
+    VornSupport::VornCmdLineTokenizer<std::string> tokenizer(text);
+    tokenizer.setSeparators(" \t");
+    tokenizer.setQuotes("\"'");
+    const Words words = drain(tokenizer);
+    EXPECT_EQ(words, Words(count, "-a"));
+}
+
 TEST(VornTokenizerClassTest, SplitsAtAWholeDelimiterOrAnyOfItsCharacters)
 {
     using Tokenizer = VornTokenizer<std::string>;

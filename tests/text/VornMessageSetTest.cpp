@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -57,4 +59,17 @@ TEST_F(VornMessageSetTest, LaterFilesReplaceSingleMessagesAndUnknownKeysAreRepor
     std::remove((base() + "_C.pro").c_str());
     EXPECT_EQ(load().getMessage("all"), L"country");
     EXPECT_EQ(load().getMessage("language"), L"base");
+}
+
+// A FIFO would block the constructor and a device never end it: both are
+// files that cannot be opened, required or not.
+TEST_F(VornMessageSetTest, SetFilesThatAreNoRegularFilesCannotBeOpened)
+{
+    ASSERT_EQ(0, mkfifo((base() + ".pro").c_str(), 0600));
+    EXPECT_EQ(thrownTextAndCode([&] { load(); }),
+              "VornProperties<StringType>::loadProperties: couldn't open file " + base() + ".pro (0)");
+    std::remove((base() + ".pro").c_str());
+    write("", "a=base\n");
+    ASSERT_EQ(0, symlink("/dev/zero", (base() + "_C.pro").c_str()));
+    EXPECT_EQ(load().getMessage("a"), L"base");
 }

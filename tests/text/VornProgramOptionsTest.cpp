@@ -102,3 +102,14 @@ TEST(VornProgramOptionsTest, ArgumentsAreReadByIndexOrInStepsFromEachCopysStart)
     EXPECT_FALSE(original.hasNextArgument());
     EXPECT_THROW(original.nextArgument(), VornException);
 }
+
+TEST(VornProgramOptionsTest, ParsesAQuarterMegabyteLineInOnePass)
+{
+    const int count = 256 * 1024 / 3;
+    std::string line = "prog";
+    for (int i = 0; i < count; ++i) {
+        line += " -a";
+    }
+    const VornProgramOptions options(line, false);
+    EXPECT_EQ(options.getOptions().getPropertyValues("a"), Words(count, ""));
+}

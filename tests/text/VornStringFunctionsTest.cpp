@@ -86,3 +86,16 @@ TEST(VornParseCommandLineTest, SplitsAtBlanksWithDoubleQuotesProtectingThem)
     VornParseCommandLine("", words);
     EXPECT_EQ(words, Words{"kept"});
 }
+
+TEST(VornParseCommandLineTest, SplitsTwoMegabytesOfQuotesInOnePass)
+{
+    const int count = 150000;
+    std::string line;
+    for (int i = 0; i < count; ++i) {
+        line += "\"x y\"z ";
+    }
+    line += std::string(line.size(), '"');
+    Words words;
+    VornParseCommandLine(line, words);
+    EXPECT_EQ(words, Words(count, "x yz"));
+}

@@ -1,13 +1,26 @@
-// Uses the installed headers and library the way a client does: a section
-// locked and unlocked, and a counted object held by a smart pointer.
+// Uses the installed headers and library the way a client does: the
+// library's version against the headers', a section locked and unlocked, a
+// counted object held by a smart pointer, and a case-insensitive string
+// (whose traits need C++17).
 #include <vsupt/VornCriticalSectionObject.h>
 #include <vsupt/VornObjectBase.h>
 #include <vsupt/VornSmartPointer.h>
+#include <vsupt/VsuptVersion.h>
+#include <vsupt/char_traits_ci.h>
 
 #include <cstdio>
+#include <cstring>
 
 int main()
 {
+    if (std::strcmp(VornSupport::VsuptVersion(), VSUPT_VERSION) != 0) {
+        std::fprintf(stderr, "library %s, headers %s\n", VornSupport::VsuptVersion(), VSUPT_VERSION);
+        return 1;
+    }
+    if (ci_string("Vorn") != ci_string("VORN")) {
+        std::fprintf(stderr, "case-insensitive strings differ\n");
+        return 1;
+    }
     VornSupport::VornCriticalSectionObject section;
     section.lock();
     if (section.lockCount() != 1) {

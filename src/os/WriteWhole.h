@@ -1,0 +1,37 @@
+// One buffer written whole to a descriptor with write(2) alone, so that it
+// may run where nothing else may: in a signal handler, or in the child of a
+// fork before it executes a program.
+#ifndef VSUPT_WRITEWHOLE_H
+#define VSUPT_WRITEWHOLE_H
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstddef>
+
+namespace VornSupport {
+
+// Goes on after an interruption and after a short write. False, with errno
+// set, when the descriptor stops taking the rest.
+inline bool writeWhole(int descriptor, const char* data, std::size_t size) noexcept
+{
+    while (size > 0) {
+        const ssize_t written = write(descriptor, data, size);
+        if (written < 0 && errno == EINTR) {
+            continue;
+        }
+        if (written <= 0) {
+            if (written == 0) {
+                errno = EIO;
+            }
+            return false;
+        }
+        data += written;
+        size -= static_cast<std::size_t>(written);
+    }
+    return true;
+}
+
+}  // namespace VornSupport
+
+#endif

@@ -20,7 +20,7 @@ using namespace VornSupport;
 
 const vsupt_bench::RatioRegistration ratios{
     {"disabled call site (read as ns: target <= 1 ns)", "BM_Logging_DisabledCallSite", "BM_Baseline_LoadCompare", 0},
-    {"record of three items to a file", "BM_Logging_Record", "BM_Fprintf_FinishedLine", 2.0},
+    {"record of three items to a file", "BM_Logging_Record", "BM_Fprintf_FinishedLine", 2.0, vsupt_bench::Clock::Cpu},
     {"record of three items to a file, four threads", "BM_Logging_Record/real_time/threads:4",
      "BM_Fprintf_FinishedLineUnderMutex/real_time/threads:4", 2.0},
 };

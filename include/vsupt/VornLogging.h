@@ -191,6 +191,8 @@ private:
     void stopQuietTimer();
     void appendText(const char* text, std::size_t length);
     template <class T>
+    VornLogging& appendInteger(T value);
+    template <class T>
     VornLogging& appendFormatted(const char* format, T value);
     void writeRecord(const std::string& category);
     // Appends to line the line a record of text at level writes, "\n" included.

@@ -477,14 +477,17 @@ void VornLogging::writeToFile(const std::string& line)
     noteWrite(written, "log file ", m_filePath, m_lostFileRecords);
 }
 
-// Through the stream, which the program shares; a failed flush drops what
-// it held, so the next record starts afresh.
+// Through the stream, which the program shares, under one hold of its
+// lock; a failed flush drops what it held, so the next record starts
+// afresh.
 void VornLogging::writeToStdout(const std::string& line)
 {
-    std::fwrite(line.data(), 1, line.size(), stdout);
-    const bool written = std::fflush(stdout) == 0 && !std::ferror(stdout);
+    flockfile(stdout);
+    fwrite_unlocked(line.data(), 1, line.size(), stdout);
+    const bool written = fflush_unlocked(stdout) == 0 && !ferror_unlocked(stdout);
+    clearerr_unlocked(stdout);
+    funlockfile(stdout);
     noteWrite(written, "stdout", std::string(), m_lostStdoutRecords);
-    std::clearerr(stdout);
 }
 
 // ---------------------------------------------------------------------------
@@ -493,6 +496,21 @@ void VornLogging::writeToStdout(const std::string& line)
 void VornLogging::appendText(const char* text, std::size_t length)
 {
     m_stream.write(text, static_cast<std::streamsize>(length));
+}
+
+// Whole numbers as printf's "%d" and "%u" write them, without the parsing
+// of a format.
+template <class T>
+VornLogging& VornLogging::appendInteger(T value)
+{
+    withKillsDeferred([&] {
+        if (grantItem()) {
+            char digits[24];
+            const char* const end = std::to_chars(digits, digits + sizeof digits, value).ptr;
+            appendText(digits, static_cast<std::size_t>(end - digits));
+        }
+    });
+    return *this;
 }
 
 template <class T>
@@ -525,32 +543,32 @@ VornLogging& VornLogging::operator<<(char value)
 
 VornLogging& VornLogging::operator<<(short value)
 {
-    return appendFormatted("%d", static_cast<int>(value));
+    return appendInteger(static_cast<int>(value));
 }
 
 VornLogging& VornLogging::operator<<(unsigned short value)
 {
-    return appendFormatted("%u", static_cast<unsigned int>(value));
+    return appendInteger(static_cast<unsigned int>(value));
 }
 
 VornLogging& VornLogging::operator<<(int value)
 {
-    return appendFormatted("%d", value);
+    return appendInteger(value);
 }
 
 VornLogging& VornLogging::operator<<(unsigned int value)
 {
-    return appendFormatted("%u", value);
+    return appendInteger(value);
 }
 
 VornLogging& VornLogging::operator<<(long value)
 {
-    return appendFormatted("%ld", value);
+    return appendInteger(value);
 }
 
 VornLogging& VornLogging::operator<<(unsigned long value)
 {
-    return appendFormatted("%lu", value);
+    return appendInteger(value);
 }
 
 VornLogging& VornLogging::operator<<(float value)

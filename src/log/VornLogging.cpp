@@ -477,14 +477,16 @@ void VornLogging::writeToFile(const std::string& line)
     noteWrite(written, "log file ", m_filePath, m_lostFileRecords);
 }
 
-// Through the stream, which the program shares, under one hold of its
-// lock; a failed flush drops what it held, so the next record starts
-// afresh.
+// Under one hold of the stream's lock, which the program shares: what the
+// program left in the stream's buffer goes out first, then the line by
+// writeWhole, which no kill can interrupt. A failed flush drops what it
+// held, and the line with it, so the next record starts afresh.
 void VornLogging::writeToStdout(const std::string& line)
 {
     flockfile(stdout);
-    fwrite_unlocked(line.data(), 1, line.size(), stdout);
-    const bool written = fflush_unlocked(stdout) == 0 && !ferror_unlocked(stdout);
+    const int descriptor = fileno_unlocked(stdout);
+    const bool written =
+        fflush_unlocked(stdout) == 0 && descriptor >= 0 && writeWhole(descriptor, line.data(), line.size());
     clearerr_unlocked(stdout);
     funlockfile(stdout);
     noteWrite(written, "stdout", std::string(), m_lostStdoutRecords);

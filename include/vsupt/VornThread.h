@@ -11,15 +11,17 @@
 // cancellation lands between the calls of a frame that has clean-ups. A
 // body that expects to be killed keeps its waiting or spinning part in such
 // a plain frame, and takes its locks with lock() and unlock() rather than a
-// scoped guard there.
+// scoped guard there. The library's own record and timer operations hold a
+// kill back while they work, and let it act as they return: a body may
+// write records and start or stop timers from such a frame.
 //
 // Ownership: whoever made a plain thread owns it, and its destructor waits
 // for the body to end. A thread marked for death owns itself from start on:
-// it deletes its object when the body returns, raises SIGUSR2, and is joined
-// on the library's relay thread, which the SIGUSR2 handler (installed at
-// load) wakes: a join in the handler itself could deadlock with the code it
-// interrupted. The relay runs only while such a thread waits to be joined or
-// a timer is queued, and for a second after. A thread marked for kill is
+// it deletes its object when the body returns and announces its end to the
+// library's expiry engine, which raises SIGUSR2 and joins the thread on its
+// own thread: a join in the signal handler could deadlock with the code it
+// interrupted. The engine's thread runs only while it has such work or an
+// alarm to wait for, and for a second after. A thread marked for kill is
 // detached and cancelled when its object goes.
 //
 // The marks, m_bRunning and m_exitCode are plain fields, written without a

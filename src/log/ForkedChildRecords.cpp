@@ -12,7 +12,7 @@ namespace VornSupport {
 void ForkedChildRecords::append(int level, const std::string& text)
 {
     const VornLogging& logger = *VornLogging::getInstance();
-    m_lines += logger.formatLine(level, "Global", text);
+    logger.formatLine(m_lines, level, "Global", text);
     const bool toFile = (logger.m_target & VornLogging::TargetFile) != 0 && logger.m_pFile != nullptr;
     m_fileDescriptor = toFile ? fileno(logger.m_pFile) : -1;
     m_toStdout = (logger.m_target & VornLogging::TargetStdout) != 0;

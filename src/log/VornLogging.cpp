@@ -7,6 +7,7 @@
 #include "log/LibraryLog.h"
 #include "log/VornLoggingEventTimerThread.h"
 #include "os/WriteWhole.h"
+#include "thread/KillDeferral.h"
 
 #include <fcntl.h>
 #include <pthread.h>
@@ -17,6 +18,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <string_view>
 
 namespace VornSupport {
 
@@ -30,6 +32,19 @@ const std::size_t kNumberItemSize = 512;
 
 const int kAllCategoriesLevel = 9;
 const long kQuietTimerMs = 60000;
+
+// The logger and the second for which this thread last found the quiet
+// timer queued (see startQuietTimer).
+struct QuietTimerSeen {
+    const VornLogging* logger = nullptr;
+    unsigned long loggersGone = 0;
+    std::int64_t second = 0;
+};
+
+thread_local QuietTimerSeen t_quietTimerSeen;
+
+// A logger made where a destroyed one stood is not the one remembered.
+std::atomic<unsigned long> g_loggersGone{0};
 
 // "YYYYMMDD_HH:MM:SS" of the local time now, as a fresh VornDateTime gives
 // it. Records come many to a second, so each thread keeps the text of the
@@ -81,6 +96,20 @@ void appendPrefix(std::string& line, int level, const std::string& category)
     appendNumber(line, currentThreadTag());
     line += "] ";
 }
+
+// The text of the record in progress where the stream keeps it, without
+// the copy that str() makes: the put area of its buffer, which a class
+// derived from the buffer may name.
+struct RecordText : std::stringbuf {
+    static std::string_view of(std::ostringstream& stream)
+    {
+        char* (std::streambuf::*const putBase)() const = &RecordText::pbase;
+        char* (std::streambuf::*const putPointer)() const = &RecordText::pptr;
+        const std::stringbuf& buffer = *stream.rdbuf();
+        const char* begin = (buffer.*putBase)();
+        return std::string_view(begin, static_cast<std::size_t>((buffer.*putPointer)() - begin));
+    }
+};
 
 // The configured name with its last extension (the last dot anywhere, in a
 // directory too) replaced by a number from rand() and ".log". One leading
@@ -179,6 +208,7 @@ VornLogging::~VornLogging()
         m_pInstance = nullptr;
     }
     VornLogging::stopLogging(0);
+    ++g_loggersGone;
 }
 
 void VornLogging::setInstance(VornLogging& logger)
@@ -217,16 +247,18 @@ int VornLogging::getLogLevel(const std::string& category) const
 
 void VornLogging::setCurrentLevel(int level)
 {
-    setCurrentLevel(std::string(), level);
+    withKillsDeferred([&] { setCurrentLevel(std::string(), level); });
 }
 
 void VornLogging::setCurrentLevel(const std::string& category, int level)
 {
-    VornCriticalSection guard(m_lock, true);
-    if (level >= -1) {
-        m_category = category;
-        m_currentLevel = level;
-    }
+    withKillsDeferred([&] {
+        VornCriticalSection guard(m_lock, true);
+        if (level >= -1) {
+            m_category = category;
+            m_currentLevel = level;
+        }
+    });
 }
 
 void VornLogging::startLogging()
@@ -285,19 +317,52 @@ bool VornLogging::reopenLogFile()
 // ---------------------------------------------------------------------------
 // The quiet timer
 
+// The timer runs on a record's account from its first granted item to
+// endrecord, and m_bTimerCancelled says whether it does. Neither end of a
+// record touches the timer list if it need not. endrecord only raises the
+// flag: the timer stays queued, and if it expires before another record has
+// begun, its handler sees the flag and stops it, without a thread. A record
+// that begins restarts the timer, unless it is queued already for the very
+// second a restart would give it, as it is for every record after the first
+// in that second; each thread remembers the last second it found so, and
+// then needs no lock of the list at all. A timer found so cannot be
+// expiring meanwhile, since its second lies a full period ahead; and the
+// flag is lowered only once no handler of the timer runs, so a handler
+// never takes a record just begun for one that has lasted the period.
+//
+// The flag is read by the handler without m_lock, so it is read and written
+// atomically.
+
 void VornLogging::cancelTimer()
 {
-    m_timer.stop();
-    m_bTimerCancelled = true;
+    withKillsDeferred([this] { stopQuietTimer(); });
+}
+
+void VornLogging::stopQuietTimer()
+{
+    __atomic_store_n(&m_bTimerCancelled, true, __ATOMIC_RELEASE);
+}
+
+void VornLogging::resetTimer()
+{
+    withKillsDeferred([this] { startQuietTimer(); });
 }
 
 // The 60 seconds count from the record's first granted item.
-void VornLogging::resetTimer()
+void VornLogging::startQuietTimer()
 {
-    if (m_bTimerCancelled) {
-        m_timer.reset();
-        m_bTimerCancelled = false;
+    if (!__atomic_load_n(&m_bTimerCancelled, __ATOMIC_ACQUIRE)) {
+        return;
     }
+    QuietTimerSeen& seen = t_quietTimerSeen;
+    const std::int64_t due = static_cast<std::int64_t>(std::time(nullptr)) + kQuietTimerMs / 1000;
+    const unsigned long loggersGone = g_loggersGone.load(std::memory_order_relaxed);
+    if (seen.logger != this || seen.loggersGone != loggersGone || seen.second != due) {
+        seen.second = m_timer.resetUnlessUnchanged();
+        seen.logger = this;
+        seen.loggersGone = loggersGone;
+    }
+    __atomic_store_n(&m_bTimerCancelled, false, __ATOMIC_RELEASE);
 }
 
 // Runs inside the timer manager's scan, which holds the manager's locks:
@@ -305,6 +370,10 @@ void VornLogging::resetTimer()
 // the record is finished on a thread of its own.
 void VornLogging::handleNotification(VornCollaborator&, const VornNotification&)
 {
+    if (__atomic_load_n(&m_bTimerCancelled, __ATOMIC_ACQUIRE)) {
+        m_timer.stop();
+        return;
+    }
     VornLoggingEventTimerThread* thread = new VornLoggingEventTimerThread(this);
     thread->setMarkForDeath();
     thread->start();
@@ -322,69 +391,82 @@ void VornLogging::timerElapsed()
 
 // ---------------------------------------------------------------------------
 // Records
+//
+// Every operation a writer calls holds kills back while it changes the
+// record (thread/KillDeferral.h): a writer killed in a record leaves the
+// lock to the recovery of its critical sections, and the text, levels and
+// quiet timer whole, for the timer to finish.
 
 bool VornLogging::getLogAccess()
+{
+    return withKillsDeferred([this] { return grantItem(); });
+}
+
+bool VornLogging::grantItem()
 {
     m_lock.lock();
     if (m_logLevel < m_currentLevel) {
         m_lock.unlock();
         return false;
     }
-    resetTimer();
+    startQuietTimer();
     return true;
 }
 
 void VornLogging::endrecord()
 {
-    if (!m_lock.testAndSet()) {
-        return;
-    }
-    int level = m_logLevel;
-    std::string name = "Global";
-    cancelTimer();
-    if (!m_category.empty()) {
-        const auto found = m_categoryLevels.find(m_category);
-        if (found != m_categoryLevels.end()) {
-            level = found->second;
+    withKillsDeferred([this] {
+        if (!m_lock.testAndSet()) {
+            return;
         }
-        name = m_category;
-    }
-    // A refused record keeps its text for the next one that goes out.
-    if (level >= m_currentLevel || m_currentLevel == 0) {
-        writeRecord(name);
-    }
-    m_currentLevel = kAllCategoriesLevel;
-    m_category.clear();
-    m_lock.unwind();
+        int level = m_logLevel;
+        stopQuietTimer();
+        if (!m_category.empty()) {
+            const auto found = m_categoryLevels.find(m_category);
+            if (found != m_categoryLevels.end()) {
+                level = found->second;
+            }
+        }
+        // A refused record keeps its text for the next one that goes out.
+        if (level >= m_currentLevel || m_currentLevel == 0) {
+            writeRecord(m_category.empty() ? std::string("Global") : m_category);
+        }
+        m_currentLevel = kAllCategoriesLevel;
+        m_category.clear();
+        m_lock.unwind();
+    });
 }
 
+// Each thread builds its lines in a buffer of its own, which keeps its
+// size from one record to the next. A kill waits for the writes to return.
 void VornLogging::writeRecord(const std::string& category)
 {
-    const std::string text = m_stream.str();
+    const std::string_view text = RecordText::of(m_stream);
     if (text.empty()) {
         return;
     }
-    const std::string line = formatLine(m_currentLevel, category, text);
+    thread_local std::string line;
+    line.clear();
+    formatLine(line, m_currentLevel, category, text);
+    m_stream.str(std::string());
+    const KillsOff whileWriting;
     if ((m_target & TargetFile) != 0 && m_pFile != nullptr) {
         writeToFile(line);
     }
     if ((m_target & TargetStdout) != 0) {
         writeToStdout(line);
     }
-    m_stream.str(std::string());
 }
 
-std::string VornLogging::formatLine(int level, const std::string& category, const std::string& text) const
+void VornLogging::formatLine(std::string& line, int level, const std::string& category,
+                             std::string_view text) const
 {
-    std::string line;
-    line.reserve(64 + text.size());
     if (m_bPrefix && level != 0) {
         appendPrefix(line, level, category);
     }
     // The text ends at its first NUL, as a C string would.
-    line.append(text.c_str());
+    line.append(text.substr(0, text.find('\0')));
     line += '\n';
-    return line;
 }
 
 // One write(2) at the end of the file: nothing is buffered, so the record
@@ -395,14 +477,19 @@ void VornLogging::writeToFile(const std::string& line)
     noteWrite(written, "log file ", m_filePath, m_lostFileRecords);
 }
 
-// Through the stream, which the program shares; a failed flush drops what
-// it held, so the next record starts afresh.
+// Under one hold of the stream's lock, which the program shares: what the
+// program left in the stream's buffer goes out first, then the line by
+// writeWhole, which no kill can interrupt. A failed flush drops what it
+// held, and the line with it, so the next record starts afresh.
 void VornLogging::writeToStdout(const std::string& line)
 {
-    std::fwrite(line.data(), 1, line.size(), stdout);
-    const bool written = std::fflush(stdout) == 0 && !std::ferror(stdout);
+    flockfile(stdout);
+    const int descriptor = fileno_unlocked(stdout);
+    const bool written =
+        fflush_unlocked(stdout) == 0 && descriptor >= 0 && writeWhole(descriptor, line.data(), line.size());
+    clearerr_unlocked(stdout);
+    funlockfile(stdout);
     noteWrite(written, "stdout", std::string(), m_lostStdoutRecords);
-    std::clearerr(stdout);
 }
 
 // ---------------------------------------------------------------------------
@@ -413,22 +500,41 @@ void VornLogging::appendText(const char* text, std::size_t length)
     m_stream.write(text, static_cast<std::streamsize>(length));
 }
 
+// Whole numbers as printf's "%d" and "%u" write them, without the parsing
+// of a format.
+template <class T>
+VornLogging& VornLogging::appendInteger(T value)
+{
+    withKillsDeferred([&] {
+        if (grantItem()) {
+            char digits[24];
+            const char* const end = std::to_chars(digits, digits + sizeof digits, value).ptr;
+            appendText(digits, static_cast<std::size_t>(end - digits));
+        }
+    });
+    return *this;
+}
+
 template <class T>
 VornLogging& VornLogging::appendFormatted(const char* format, T value)
 {
-    if (getLogAccess()) {
-        char number[kNumberItemSize];
-        std::snprintf(number, sizeof number, format, value);
-        appendText(number, std::strlen(number));
-    }
+    withKillsDeferred([&] {
+        if (grantItem()) {
+            char number[kNumberItemSize];
+            std::snprintf(number, sizeof number, format, value);
+            appendText(number, std::strlen(number));
+        }
+    });
     return *this;
 }
 
 VornLogging& VornLogging::operator<<(bool value)
 {
-    if (getLogAccess()) {
-        m_stream << (value ? "true" : "false");
-    }
+    withKillsDeferred([&] {
+        if (grantItem()) {
+            m_stream << (value ? "true" : "false");
+        }
+    });
     return *this;
 }
 
@@ -439,32 +545,32 @@ VornLogging& VornLogging::operator<<(char value)
 
 VornLogging& VornLogging::operator<<(short value)
 {
-    return appendFormatted("%d", static_cast<int>(value));
+    return appendInteger(static_cast<int>(value));
 }
 
 VornLogging& VornLogging::operator<<(unsigned short value)
 {
-    return appendFormatted("%u", static_cast<unsigned int>(value));
+    return appendInteger(static_cast<unsigned int>(value));
 }
 
 VornLogging& VornLogging::operator<<(int value)
 {
-    return appendFormatted("%d", value);
+    return appendInteger(value);
 }
 
 VornLogging& VornLogging::operator<<(unsigned int value)
 {
-    return appendFormatted("%u", value);
+    return appendInteger(value);
 }
 
 VornLogging& VornLogging::operator<<(long value)
 {
-    return appendFormatted("%ld", value);
+    return appendInteger(value);
 }
 
 VornLogging& VornLogging::operator<<(unsigned long value)
 {
-    return appendFormatted("%lu", value);
+    return appendInteger(value);
 }
 
 VornLogging& VornLogging::operator<<(float value)
@@ -484,37 +590,44 @@ VornLogging& VornLogging::operator<<(const void* value)
 
 VornLogging& VornLogging::operator<<(const char* text)
 {
-    if (getLogAccess()) {
-        if (text == nullptr) {
-            m_stream.setstate(std::ios::badbit);
-        } else {
-            appendText(text, std::strlen(text));
+    withKillsDeferred([&] {
+        if (grantItem()) {
+            if (text == nullptr) {
+                m_stream.setstate(std::ios::badbit);
+            } else {
+                appendText(text, std::strlen(text));
+            }
         }
-    }
+    });
     return *this;
 }
 
 VornLogging& VornLogging::operator<<(const std::string& text)
 {
-    if (getLogAccess()) {
-        appendText(text.data(), text.size());
-    }
+    withKillsDeferred([&] {
+        if (grantItem()) {
+            appendText(text.data(), text.size());
+        }
+    });
     return *this;
 }
 
 VornLogging& VornLogging::operator<<(const ci_string& text)
 {
-    return *this << std::string(text.data(), text.size());
+    withKillsDeferred([&] { *this << std::string(text.data(), text.size()); });
+    return *this;
 }
 
 VornLogging& VornLogging::operator<<(const std::wstring& text)
 {
-    return *this << VornStringUtilities::narrow(text, VornLocaleFactory::getDefaultLocale(true));
+    withKillsDeferred([&] { *this << VornStringUtilities::narrow(text, VornLocaleFactory::getDefaultLocale(true)); });
+    return *this;
 }
 
 VornLogging& VornLogging::operator<<(const ci_wstring& text)
 {
-    return *this << std::wstring(text.c_str());
+    withKillsDeferred([&] { *this << std::wstring(text.c_str()); });
+    return *this;
 }
 
 VornLogging& VornLogging::operator<<(VornLogging& (*manipulator)(VornLogging&))

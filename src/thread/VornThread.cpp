@@ -6,15 +6,11 @@
 
 #include "frame/ExceptionBorder.h"
 #include "log/LibraryLog.h"
-#include "thread/LibrarySignals.h"
-#include "thread/SignalRelay.h"
+#include "thread/ExpiryEngine.h"
 
 #include <cxxabi.h>
 #include <pthread.h>
-#include <signal.h>
-#include <unistd.h>
 
-#include <cerrno>
 #include <typeinfo>
 
 #if defined(__SANITIZE_ADDRESS__)
@@ -29,17 +25,6 @@
 #endif
 
 namespace VornSupport {
-
-namespace {
-
-// Threads that have deleted their object and wait to be joined by the relay
-// on behalf of the SIGUSR2 handler. They are built before the library's
-// start-up object and so go after its stop sequence, which ends the making
-// of timer threads.
-VornCriticalSectionObject g_exitThreadLock __attribute__((init_priority(101)));
-std::vector<unsigned long> g_vExitThreads __attribute__((init_priority(101)));
-
-}  // namespace
 
 // ---------------------------------------------------------------------------
 // VornWorkInformation, VornRunnable, ThreadDone
@@ -272,48 +257,9 @@ void VornThread::announceDone(int exitCode)
 }
 
 // ---------------------------------------------------------------------------
-// The entry function of every thread, and the reaping of threads that
-// deleted themselves.
+// The entry function of every thread
 
 namespace {
-
-void announceEnd(unsigned long id)
-{
-    {
-        VornCriticalSection guard(g_exitThreadLock, true);
-        g_vExitThreads.push_back(id);
-        SignalRelay::hold();
-    }
-    ::kill(getpid(), SIGUSR2);
-}
-
-void SignalHandler(int)
-{
-    SignalRelay::post(SignalRelay::JoinEndedThreads);
-}
-
-// On the relay: joins every thread that has announced its end. Each of them
-// has nothing left to do but return.
-void joinEndedThreads()
-{
-    std::vector<unsigned long> ended;
-    {
-        VornCriticalSection guard(g_exitThreadLock, true);
-        ended.swap(g_vExitThreads);
-    }
-    for (unsigned long id : ended) {
-        pthread_join(static_cast<pthread_t>(id), nullptr);
-    }
-    SignalRelay::release(static_cast<int>(ended.size()));
-}
-
-// A forked child has none of the parent's other threads: joining one of them
-// would wait for ever.
-void forgetEndedThreadsInChild()
-{
-    SignalRelay::release(static_cast<int>(g_vExitThreads.size()));
-    g_vExitThreads.clear();
-}
 
 // The clean-up of a thread that dies by cancellation: its critical
 // sections are freed. Under the address sanitizer, the frames that the
@@ -350,26 +296,24 @@ VSUPT_CATCHES_FORCED_UNWIND void* VornThreadFn(void* self)
         return self;
     }
     const bool known = thread->m_handle != nullptr;
-    const unsigned long id = known ? *thread->m_handle : 0;
+    const pthread_t id = known ? *thread->m_handle : pthread_t();
     delete thread;
     if (known) {
-        announceEnd(id);
+        ExpiryEngine::announceEnd(id);
     }
     return nullptr;
 }
 
 void VSUPTInitVornThread()
 {
-    SignalRelay::setPerformer(SignalRelay::JoinEndedThreads, joinEndedThreads, false);
-    pthread_atfork(nullptr, nullptr, forgetEndedThreadsInChild);
-    installLibrarySignalHandler(SIGUSR2, SignalHandler);
+    ExpiryEngine::installReaper();
 }
 
-// The timer module has stopped before this: what runs on the relay now is
-// the joining of threads that have already ended.
+// The timer module has stopped before this: what the engine does now is
+// join threads that have already ended.
 void VSUPTFinitVornThread()
 {
-    SignalRelay::shutDown();
+    ExpiryEngine::shutDown();
 }
 
 // ---------------------------------------------------------------------------

@@ -1,6 +1,11 @@
 #include <vsupt/VornTimer.h>
+#include <vsupt/VornCriticalSection.h>
 #include <vsupt/VornException.h>
 #include <vsupt/VornTimerManager.h>
+
+#include "thread/KillDeferral.h"
+
+#include <ctime>
 
 namespace VornSupport {
 
@@ -60,33 +65,73 @@ VornTimer::~VornTimer()
     try {
         VornTimerManager::getInstance()->waitUntilNotFiring(*this);
     } catch (const VornException&) {
+        // The manager is gone: the library is stopping.
     }
 }
 
+// start, stop and reset hold kills back while they change the list.
 void VornTimer::reset()
 {
-    start(static_cast<long>(m_interval.m_seconds), static_cast<long>(m_interval.m_milliseconds), m_bOneShot);
+    withKillsDeferred([this] {
+        start(static_cast<long>(m_interval.m_seconds), static_cast<long>(m_interval.m_milliseconds), m_bOneShot);
+    });
 }
 
 void VornTimer::start(long milliseconds, bool oneShot)
 {
-    start(0, milliseconds, oneShot);
+    withKillsDeferred([&] { start(0, milliseconds, oneShot); });
 }
 
-// Once the library's stop sequence has deleted the manager, a timer can
-// neither start nor stop, and says nothing about it.
+// The timer leaves the list and comes back under one hold of the list lock,
+// so that the change is one: the first expiry moves once. A timer that is
+// not queued has nothing to leave. Once the library's stop sequence has
+// deleted the manager, a timer can neither start nor stop, and says nothing
+// about it.
 void VornTimer::start(long seconds, long milliseconds, bool oneShot)
 {
-    try {
-        VornTimerManager::getInstance()->remove(*this);
-        m_interval.set(seconds, milliseconds);
-        m_bOneShot = oneShot;
-        if (seconds < 1 && milliseconds < 1) {
-            return;
+    withKillsDeferred([&] {
+        try {
+            VornTimerManager& manager = *VornTimerManager::getInstance();
+            VornCriticalSection guard(manager.m_timersLock, true);
+            if (m_bQueued) {
+                manager.takeOut(*this);
+            }
+            m_interval.set(seconds, milliseconds);
+            m_bOneShot = oneShot;
+            if (seconds < 1 && milliseconds < 1) {
+                return;
+            }
+            manager.addImpl(*this);
+            manager.askForAlarm();
+        } catch (const VornException&) {
+            // The manager is gone: the library is stopping.
         }
-        VornTimerManager::getInstance()->add(*this);
-    } catch (const VornException&) {
-    }
+    });
+}
+
+// The check and the reset are one hold of the list lock, taken when no scan
+// is calling set(): the expiry found is not one that a scan has just given
+// a repeating timer while its handler runs.
+std::int64_t VornTimer::resetUnlessUnchanged()
+{
+    return withKillsDeferred([this] {
+        try {
+            VornTimerManager& manager = *VornTimerManager::getInstance();
+            VornCriticalSection guard(manager.m_timersLock, true);
+            manager.waitUntilNotFiring(*this, guard);
+            const std::int64_t due = static_cast<std::int64_t>(std::time(nullptr)) + m_interval.m_seconds;
+            if (!m_bQueued || m_expiry.m_seconds != due) {
+                if (m_bQueued) {
+                    manager.takeOut(*this);
+                }
+                manager.addImpl(*this);
+                manager.askForAlarm();
+            }
+            return m_expiry.m_seconds;
+        } catch (const VornException&) {
+            return std::int64_t{0};  // The manager is gone: the library is stopping.
+        }
+    });
 }
 
 // Whether the timer is queued is asked under the list lock: a scan takes a
@@ -94,10 +139,13 @@ void VornTimer::start(long seconds, long milliseconds, bool oneShot)
 // looked in between would miss it.
 void VornTimer::stop()
 {
-    try {
-        VornTimerManager::getInstance()->removeIfQueued(*this);
-    } catch (const VornException&) {
-    }
+    withKillsDeferred([this] {
+        try {
+            VornTimerManager::getInstance()->removeIfQueued(*this);
+        } catch (const VornException&) {
+            // The manager is gone, and its list with it.
+        }
+    });
 }
 
 bool VornTimer::isOneShot() const

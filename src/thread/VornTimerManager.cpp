@@ -3,16 +3,11 @@
 #include <vsupt/VornCriticalSection.h>
 #include <vsupt/VornException.h>
 
-#include "thread/LibrarySignals.h"
-#include "thread/SignalRelay.h"
-#include "thread/VornTimerThread.h"
+#include "thread/ExpiryEngine.h"
 
-#include <signal.h>
-#include <sys/time.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <ctime>
 
 namespace VornSupport {
@@ -27,69 +22,17 @@ VornTimer::TimeInterval now()
     return VornTimer::TimeInterval(static_cast<long>(std::time(nullptr)), 0);
 }
 
-// ---------------------------------------------------------------------------
-// The interval timer and the two signals. Each handler only hands its signal
-// to the relay thread, which does the work: SIGUSR1 arms the interval timer,
-// SIGALRM starts a timer thread. So the interval timer is always armed on the
-// relay, whatever thread changed the list.
-
-// The milliseconds go into the microseconds field as they are: a remainder
-// only makes the signal come sooner, and the expiry test counts whole
-// seconds anyway.
-void armIntervalTimer(const VornTimer::TimeInterval& distance)
-{
-    itimerval value{};
-    value.it_value.tv_sec = static_cast<time_t>(distance.m_seconds);
-    value.it_value.tv_usec = static_cast<suseconds_t>(distance.m_milliseconds);
-    setitimer(ITIMER_REAL, &value, nullptr);
-}
-
-void askForArming()
-{
-    kill(getpid(), SIGUSR1);
-}
-
-void SignalHandler(int)
-{
-    SignalRelay::post(SignalRelay::ArmIntervalTimer);
-}
-
-void AlarmHandler(int)
-{
-    SignalRelay::post(SignalRelay::StartTimerThread);
-}
-
-void armOnRelay()
-{
-    try {
-        VornTimerManager::getInstance()->reset(true);
-    } catch (const VornException&) {
-    }
-}
-
-void startTimerThreadOnRelay()
-{
-    try {
-        VornTimerManager::getInstance()->timeout();
-    } catch (const VornException&) {
-    }
-}
-
 }  // namespace
 
 void VSUPTInitVornTimer()
 {
-    SignalRelay::setPerformer(SignalRelay::ArmIntervalTimer, armOnRelay, false);
-    SignalRelay::setPerformer(SignalRelay::StartTimerThread, startTimerThreadOnRelay, true);
-    installLibrarySignalHandler(SIGALRM, AlarmHandler);
-    installLibrarySignalHandler(SIGUSR1, SignalHandler);
+    ExpiryEngine::installAlarm();
 }
 
-// The relay may be about to arm or scan for the manager that goes here.
+// The engine may be about to arm or scan for the manager that goes here.
 void VSUPTFinitVornTimer()
 {
-    SignalRelay::withdraw(SignalRelay::ArmIntervalTimer);
-    SignalRelay::withdraw(SignalRelay::StartTimerThread);
+    ExpiryEngine::withdrawAlarm();
     VornTimerManager::deleteInstance();
 }
 
@@ -128,11 +71,28 @@ void VornTimerManager::deleteInstance()
     }
 }
 
+// The public changes take the list lock once and work through the steps
+// below, which expect it held; VornTimer::start does the same for a timer
+// that leaves the list and comes back.
 void VornTimerManager::add(VornTimer& timer)
 {
     VornCriticalSection guard(m_timersLock, true);
     addImpl(timer);
-    reset(false);
+    askForAlarm();
+}
+
+void VornTimerManager::remove(VornTimer& timer)
+{
+    VornCriticalSection guard(m_timersLock, true);
+    takeOut(timer);
+}
+
+void VornTimerManager::removeIfQueued(VornTimer& timer)
+{
+    VornCriticalSection guard(m_timersLock, true);
+    if (timer.m_bQueued) {
+        takeOut(timer);
+    }
 }
 
 // Before the first timer due in the same second or later: of timers due in
@@ -144,73 +104,67 @@ void VornTimerManager::addImpl(VornTimer& timer)
     const auto place = std::find_if(m_timers.begin(), m_timers.end(),
                                     [&timer](const VornTimer* queued) { return timer.m_expiry <= queued->m_expiry; });
     m_timers.insert(place, &timer);
-    if (m_timers.size() == 1) {
-        SignalRelay::hold();
-    }
     timer.m_bQueued = true;
 }
 
-void VornTimerManager::remove(VornTimer& timer)
+// Every occurrence goes; a timer not in the list is no error.
+void VornTimerManager::takeOut(VornTimer& timer)
 {
-    VornCriticalSection guard(m_timersLock, true);
-    const bool wasEmpty = m_timers.empty();
     m_timers.erase(std::remove(m_timers.begin(), m_timers.end(), &timer), m_timers.end());
-    if (!wasEmpty && m_timers.empty()) {
-        SignalRelay::release();
-    }
     if (!m_timers.empty()) {
-        reset(false);
+        askForAlarm();
     } else {
         cancelTimer();
     }
     timer.m_bQueued = false;
 }
 
-void VornTimerManager::removeIfQueued(VornTimer& timer)
+// A change asks the engine for an alarm by the first expiry, which costs
+// nothing unless that comes before the alarm already armed or asked for.
+// A first timer already due is asked for too, and so scanned on a timer
+// thread: no client's handler runs on the thread that changed the list. A
+// scan under way asks when it ends.
+void VornTimerManager::askForAlarm()
 {
-    VornCriticalSection guard(m_timersLock, true);
-    if (timer.m_bQueued) {
-        remove(timer);
+    if (!m_bInElapsed && !m_timers.empty()) {
+        ExpiryEngine::wantAlarmBy(m_timers.front()->m_expiry.m_seconds);
     }
 }
 
-// An interval timer armed earlier stays armed when the list empties: its
-// SIGALRM then finds nothing to do. On the relay (arm), a timer already due
-// goes to a new timer thread rather than being scanned there: a client's
-// handler must never hold up the signals queued behind it.
+// On the engine thread. An interval timer armed earlier stays armed when
+// the list empties: its SIGALRM then finds nothing to do.
 void VornTimerManager::reset(bool arm)
 {
     VornCriticalSection guard(m_timersLock, true);
+    if (!arm) {
+        askForAlarm();
+        return;
+    }
     if (m_bInElapsed || m_timers.empty()) {
         return;
     }
-    m_nextInterval = m_timers.front()->m_expiry;
-    m_nextInterval.m_seconds -= static_cast<std::int64_t>(std::time(nullptr));
-    if (m_nextInterval.m_seconds < 0 || (m_nextInterval.m_seconds == 0 && m_nextInterval.m_milliseconds == 0)) {
-        if (arm) {
-            timeout();
-        } else {
-            scanNow();
-        }
-    } else if (arm) {
-        armIntervalTimer(m_nextInterval);
+    if (firstIsDue()) {
+        timeout();
     } else {
-        askForArming();
+        ExpiryEngine::armIntervalTimer(m_nextInterval, m_timers.front()->m_expiry.m_seconds);
     }
 }
 
-// The first timer is due: the scan runs here, on the thread that changed
-// the list and still holds its lock. If a scan is under way on another
-// thread, waiting for it here could block both, since it needs the list
-// lock to go on; a new timer thread, which holds nothing, scans instead.
-void VornTimerManager::scanNow()
+// A scan that leaves the first timer due scans again on its own thread, as
+// a one-shot timer started again after it fired does: its mark from the
+// earlier scan makes the first scan pass it by. Otherwise it asks for the
+// alarm of the first expiry.
+void VornTimerManager::elapsed()
 {
-    if (!m_elapsedLock.testAndSet()) {
-        timeout();
+    VornCriticalSection scanGuard(m_elapsedLock, true);
+    if (m_bInElapsed) {
         return;
     }
-    elapsed();
-    m_elapsedLock.unlock();
+    VornCriticalSection listGuard(m_timersLock, true);
+    do {
+        scanOnce();
+    } while (!m_timers.empty() && firstIsDue());
+    askForAlarm();
 }
 
 // Each timer is looked at once per scan; after every expiry the walk starts
@@ -219,13 +173,8 @@ void VornTimerManager::scanNow()
 // runs, and the handler runs with the list lock given back. A one-shot timer
 // that fired is no longer in the list when the flags are cleared, and keeps
 // its mark until a later scan.
-void VornTimerManager::elapsed()
+void VornTimerManager::scanOnce()
 {
-    VornCriticalSection scanGuard(m_elapsedLock, true);
-    if (m_bInElapsed) {
-        return;
-    }
-    VornCriticalSection listGuard(m_timersLock, true);
     m_bInElapsed = true;
     std::size_t position = 0;
     while (position < m_timers.size()) {
@@ -250,13 +199,20 @@ void VornTimerManager::elapsed()
         timer->m_bVisited = false;
     }
     m_bInElapsed = false;
-    listGuard.unlock();
-    reset(false);
 }
 
-// The list lock is given back around the handler by a bare unlock: when the
-// scan runs inside reset on a changing thread, that thread still holds it
-// once more. The timer is not touched after its set(), which may delete it.
+// With the list lock held and the list not empty: works out the distance to
+// the first expiry, and whether it is due.
+bool VornTimerManager::firstIsDue()
+{
+    m_nextInterval = m_timers.front()->m_expiry;
+    m_nextInterval.m_seconds -= static_cast<std::int64_t>(std::time(nullptr));
+    return m_nextInterval.m_seconds < 0 || (m_nextInterval.m_seconds == 0 && m_nextInterval.m_milliseconds == 0);
+}
+
+// The list lock is given back around the handler by a bare unlock, as the
+// scan's guard stays in place. The timer is not touched after its set(),
+// which may delete it.
 void VornTimerManager::fire(VornTimer& timer)
 {
     m_pFiring = &timer;
@@ -270,6 +226,11 @@ void VornTimerManager::fire(VornTimer& timer)
 void VornTimerManager::waitUntilNotFiring(const VornTimer& timer)
 {
     VornCriticalSection guard(m_timersLock, true);
+    waitUntilNotFiring(timer, guard);
+}
+
+void VornTimerManager::waitUntilNotFiring(const VornTimer& timer, VornCriticalSection& guard)
+{
     while (m_pFiring == &timer && !pthread_equal(m_firingThread, pthread_self())) {
         guard.unlock();
         usleep(1000);
@@ -279,17 +240,17 @@ void VornTimerManager::waitUntilNotFiring(const VornTimer& timer)
 
 void VornTimerManager::timeout()
 {
-    VornTimerThread* thread = new VornTimerThread(*this);
-    thread->setMarkForDeath();
-    thread->start();
+    ExpiryEngine::startTimerThread(*this);
 }
 
+// m_event is not set: nothing can wait in it or hear it, and a logger
+// empties the list at every record, which would pay for a notification
+// each time.
 void VornTimerManager::cancelTimer()
 {
     m_bCancelling = true;
     {
         VornCriticalSection guard(m_timersLock, true);
-        m_event.set();
     }
     m_bCancelling = false;
 }

@@ -1,6 +1,6 @@
-// The short-lived thread of one timer expiry: made for each SIGALRM by the
-// relay thread, marked for death, it scans the timer list once and deletes
-// itself.
+// The short-lived thread of one timer expiry: started by the expiry engine
+// for each SIGALRM, marked for death, it scans the timer list once and
+// deletes itself.
 #ifndef VSUPT_VORNTIMERTHREAD_H
 #define VSUPT_VORNTIMERTHREAD_H
 
@@ -15,7 +15,8 @@ public:
     explicit VornTimerThread(VornTimerManager& manager);
     ~VornTimerThread() override;
 
-    // Gives up at once while the manager is going or cancelling.
+    // Gives up at once while the manager is going, and gives up its scan
+    // while the manager is cancelling.
     int run() override;
 
 private:

@@ -278,6 +278,38 @@ TEST_F(VornLoggingQuietTimerSlowTest, ARecordLeftOpenByAKilledWriterIsFinishedAf
         << text;
 }
 
+// A live writer keeps a record open past the timer's period: the timer
+// fires once meanwhile and its line waits for the record. Once no record is
+// open, the timer's next expiry writes nothing.
+TEST_F(VornLoggingQuietTimerSlowTest, TheTimerFiresOnlyWhileARecordIsOpen)
+{
+    const std::string name = openQuietly("open", 25, 9);
+    VornLogging::setInstance(*m_logger);
+    const auto texts = [&name] {
+        std::istringstream lines(readFile(name));
+        std::vector<std::string> found;
+        for (std::string line; std::getline(lines, line);) {
+            found.push_back(line.substr(line.find("] ") + 2));
+        }
+        return found;
+    };
+    const std::string elapsed =
+        "VornLogging::timerElapsed: called (NOTE: This message only appears and repeats when LogLevel = 9)";
+    const auto start = std::chrono::steady_clock::now();
+    *m_logger << setloglevel(9) << "short" << endrecord;
+    std::this_thread::sleep_until(start + std::chrono::seconds(5));
+    std::thread writer([&] {
+        *m_logger << setloglevel(9) << "long ";
+        std::this_thread::sleep_until(start + std::chrono::seconds(72));
+        *m_logger << "record" << endrecord;
+    });
+    std::this_thread::sleep_until(start + std::chrono::seconds(69));
+    EXPECT_EQ(texts(), std::vector<std::string>{"short"});
+    writer.join();
+    std::this_thread::sleep_until(start + std::chrono::seconds(133));
+    EXPECT_EQ(texts(), (std::vector<std::string>{"short", "long record", elapsed}));
+}
+
 // Writers block the library's signals: the SIGUSR1 that each record's quiet
 // timer raises is handled by the test's main thread, idle in its joins.
 TEST_F(VornLoggingStressTest, ManyWritersOfSeveralItemsNeverMixTheirRecords)

@@ -2,8 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include "support/ThreadCount.h"
+
+#include <signal.h>
+
 #include <algorithm>
+#include <atomic>
 #include <cfloat>
+#include <chrono>
 #include <cstdio>
 #include <string>
 #include <thread>
@@ -179,4 +185,77 @@ TEST(VornLoggingTest, SetTargetRestartsOnlyOnAChange)
     EXPECT_EQ(logger.getTarget(), 3);
     EXPECT_EQ(logger.starts, 1);
     EXPECT_EQ(logger.stops, std::vector<int>{3});
+}
+
+namespace {
+
+// Counts the library's SIGUSR1 and SIGUSR2, the signals a thread raises
+// itself, and hands each on to the library's handler.
+std::atomic<int> g_raised{0};
+struct sigaction g_libraryUsr1;
+struct sigaction g_libraryUsr2;
+
+void countAndHandOn(int signalNumber)
+{
+    ++g_raised;
+    (signalNumber == SIGUSR1 ? g_libraryUsr1 : g_libraryUsr2).sa_handler(signalNumber);
+}
+
+class RaisedSignals {
+public:
+    RaisedSignals()
+    {
+        struct sigaction counting {};
+        counting.sa_handler = countAndHandOn;
+        counting.sa_flags = SA_RESTART;
+        sigaction(SIGUSR1, &counting, &g_libraryUsr1);
+        sigaction(SIGUSR2, &counting, &g_libraryUsr2);
+        g_raised = 0;
+    }
+    ~RaisedSignals()
+    {
+        sigaction(SIGUSR1, &g_libraryUsr1, nullptr);
+        sigaction(SIGUSR2, &g_libraryUsr2, nullptr);
+    }
+    int count() const { return g_raised.load(); }
+};
+
+}  // namespace
+
+// The quiet timer of each record is due later than the alarm armed for the
+// first one, so only the first may ask for an alarm.
+TEST(VornLoggingTest, RecordsAfterTheFirstRaiseNoSignal)
+{
+    VornLogging log("log", 0, 5);
+    RaisedSignals raised;
+    log << setloglevel(5) << "first " << 1 << " record" << endrecord;
+    const int afterFirst = raised.count();
+    for (int i = 0; i < 2000; ++i) {
+        log << setloglevel("net", 5) << "request " << i << " served" << endrecord;
+    }
+    // Records in a later second too.
+    std::this_thread::sleep_for(std::chrono::milliseconds(1100));
+    for (int i = 0; i < 10; ++i) {
+        log << setloglevel(5) << "later " << i << endrecord;
+    }
+    EXPECT_LE(afterFirst, 1);
+    EXPECT_EQ(raised.count(), afterFirst);
+}
+
+// The alarm armed for the first record's quiet timer keeps the library's
+// thread for at most the timer's period; it finds nothing due and the
+// thread ends a second later.
+TEST(VornLoggingSlowTest, TheLibrarysThreadEndsWithinAMinuteOfTheLastRecord)
+{
+    const int threadsBefore = countThreads();
+    VornLogging log("log", 0, 5);
+    const auto start = std::chrono::steady_clock::now();
+    for (int i = 0; i < 100; ++i) {
+        log << setloglevel(5) << "record " << i << endrecord;
+    }
+    while (countThreads() > threadsBefore && std::chrono::steady_clock::now() - start < std::chrono::seconds(90)) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    }
+    EXPECT_LE(countThreads(), threadsBefore);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(64));
 }

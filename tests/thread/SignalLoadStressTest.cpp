@@ -9,7 +9,8 @@
 
 #include <gtest/gtest.h>
 
-#include <unistd.h>
+#include "support/ThreadCount.h"
+#include "support/Watchdog.h"
 
 #include <atomic>
 #include <chrono>
@@ -32,38 +33,6 @@ namespace {
 const auto kRunTime = std::chrono::seconds(30);
 const auto kHangLimit = std::chrono::seconds(120);
 const int kTimers = 20;
-
-// Ends the process if the test has not finished in time. It allocates
-// nothing once armed, since a hang is most likely inside the allocator.
-class Watchdog {
-public:
-    Watchdog() : m_thread([this] { watch(); }) {}
-    ~Watchdog()
-    {
-        {
-            std::lock_guard<std::mutex> lock(m_mutex);
-            m_done = true;
-        }
-        m_wake.notify_one();
-        m_thread.join();
-    }
-
-private:
-    void watch()
-    {
-        std::unique_lock<std::mutex> lock(m_mutex);
-        if (!m_wake.wait_for(lock, kHangLimit, [this] { return m_done; })) {
-            const char message[] = "the process hung under signal load\n";
-            (void)!write(2, message, sizeof message - 1);
-            _exit(1);
-        }
-    }
-
-    std::mutex m_mutex;
-    std::condition_variable m_wake;
-    bool m_done = false;
-    std::thread m_thread;
-};
 
 unsigned nextRandom(unsigned& state)
 {
@@ -153,19 +122,13 @@ int countLines(const char* path)
     return lines;
 }
 
-int countThreads()
-{
-    return static_cast<int>(std::distance(std::filesystem::directory_iterator("/proc/self/task"),
-                                          std::filesystem::directory_iterator()));
-}
-
 }  // namespace
 
 TEST(SignalUnderLoadStressTest, TimersFireAndEndedThreadsAreJoinedWhileEveryThreadAllocates)
 {
     const int threadsBefore = countThreads();
     const int mappingsBefore = countLines("/proc/self/maps");
-    Watchdog watchdog;
+    Watchdog watchdog(kHangLimit, "the process hung under signal load\n");
     std::vector<std::unique_ptr<CountingTimer>> timers;
     for (int i = 0; i < kTimers; ++i) {
         timers.push_back(std::make_unique<CountingTimer>());

@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include "support/KillableBodies.h"
 #include "support/LibrarySignals.h"
 
 #include <atomic>
@@ -37,31 +38,6 @@ double secondsSince(Clock::time_point start)
 const int kSections = 3;
 VornCriticalSectionObject g_sections[kSections];
 std::atomic<bool> g_holdersStop{false};
-
-// A small generator whose state stays in registers: the killed bodies keep
-// no addressable locals, which the address sanitizer's frames would need
-// to unwind.
-unsigned nextRandom(unsigned state)
-{
-    state ^= state << 13;
-    state ^= state >> 17;
-    state ^= state << 5;
-    return state;
-}
-
-void lockLevels(VornCriticalSectionObject& section, unsigned levels)
-{
-    for (unsigned level = 0; level < levels; ++level) {
-        section.lock();
-    }
-}
-
-void unlockLevels(VornCriticalSectionObject& section, unsigned levels)
-{
-    for (unsigned level = 0; level < levels; ++level) {
-        section.unlock();
-    }
-}
 
 // Takes the sections in order, each zero to two times as the random value
 // says, then gives them back. Touches nothing of its thread object and has
@@ -107,34 +83,17 @@ TEST(VornThreadStressTest, KilledLockHoldersNeverLeaveALockHeldNorStopTheOthers)
         contenders.back()->start();
     }
     unsigned seed = 1;
-    long kills = 0;
-    long lastRounds = 0;
-    auto lastProgress = Clock::now();
-    const auto start = Clock::now();
-    while (Clock::now() - start < kRunTime) {
-        auto victim = std::make_unique<LockHolder>(victimRounds);
-        victim->start();
-        victim->setMarkForKill();
-        std::this_thread::sleep_for(std::chrono::microseconds(rand_r(&seed) % 3000));
-        victim->kill();
-        ++kills;
-        if (contenderRounds != lastRounds) {
-            lastRounds = contenderRounds;
-            lastProgress = Clock::now();
-        }
-        ASSERT_LT(secondsSince(lastProgress), 10.0) << "the contenders stopped after " << kills << " kills";
-    }
+    const long kills = killVictims(
+        kRunTime, [] { return std::make_unique<LockHolder>(victimRounds); },
+        [&seed] { return std::chrono::microseconds(rand_r(&seed) % 3000); }, contenderRounds);
     g_holdersStop = true;
     for (auto& contender : contenders) {
         contender->waitForThreadExit();
     }
+    ASSERT_NE(kills, -1) << "the contenders stopped";
     // Give the last cancellation time to land.
     std::this_thread::sleep_for(std::chrono::milliseconds(200));
-    for (int s = 0; s < kSections; ++s) {
-        EXPECT_TRUE(g_sections[s].testAndSet()) << "section " << s;
-        EXPECT_EQ(g_sections[s].lockCount(), 1) << "section " << s;
-        g_sections[s].unwind();
-    }
+    expectAllFree(g_sections, kSections);
     EXPECT_GT(kills, 1000);
     EXPECT_GT(victimRounds, 0);
 }

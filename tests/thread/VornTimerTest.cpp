@@ -5,13 +5,19 @@
 
 #include <gtest/gtest.h>
 
+#include "support/ThreadCount.h"
+
+#include <pthread.h>
+
 #include <atomic>
 #include <chrono>
 #include <cstdlib>
 #include <condition_variable>
 #include <ctime>
+#include <memory>
 #include <mutex>
 #include <string>
+#include <thread>
 #include <vector>
 
 using namespace VornSupport;
@@ -249,6 +255,62 @@ TEST(VornTimerTest, StoppingATimerThatIsNotRunningDoesNothing)
     timer.stop();
     recorder.idle(1.5);
     EXPECT_TRUE(recorder.times().empty());
+}
+
+// The test's thread changes the list without pause while ten timers fire:
+// some changes find a timer due, and leave it to a timer thread.
+TEST(VornTimerTest, HandlersRunOnTimerThreadsNeverOnAThreadThatChangesTheList)
+{
+    struct ThreadNoting : VornTimer {
+        ThreadNoting(pthread_t changer, std::atomic<int>& fired, std::atomic<int>& onChanger)
+            : m_changer(changer), m_fired(fired), m_onChanger(onChanger)
+        {
+        }
+        ~ThreadNoting() override { stop(); }
+        void set() override
+        {
+            ++m_fired;
+            m_onChanger += pthread_equal(pthread_self(), m_changer) ? 1 : 0;
+        }
+        pthread_t m_changer;
+        std::atomic<int>& m_fired;
+        std::atomic<int>& m_onChanger;
+    };
+    std::atomic<int> fired{0};
+    std::atomic<int> onChanger{0};
+    std::vector<std::unique_ptr<ThreadNoting>> timers;
+    for (int i = 0; i < 10; ++i) {
+        timers.push_back(std::make_unique<ThreadNoting>(pthread_self(), fired, onChanger));
+        timers.back()->start(1000, false);
+    }
+    VornTimer changed;
+    const auto start = Clock::now();
+    while (secondsSince(start) < 3.5) {
+        changed.start(5000, false);
+        changed.stop();
+    }
+    for (auto& timer : timers) {
+        timer->stop();
+    }
+    EXPECT_GE(fired.load(), 20);
+    EXPECT_EQ(onChanger.load(), 0);
+}
+
+// Nothing is queued or armed once a one-shot timer has fired: the library's
+// thread lingers for a second and ends.
+TEST(VornTimerTest, TheLibrarysThreadEndsSoonAfterTheLastExpiry)
+{
+    const int threadsBefore = countThreads();
+    ExpiryRecorder recorder;
+    RecordedTimer timer(recorder, 1000, true);
+    timer.reset();
+    ASSERT_TRUE(recorder.waitFor(1, 5));
+    const auto fired = Clock::now();
+    while (countThreads() > threadsBefore && secondsSince(fired) < 10) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    }
+    EXPECT_LE(countThreads(), threadsBefore);
+    EXPECT_LT(secondsSince(fired), 4.0);
 }
 
 TEST(VornTimerManagerTest, AfterTheManagerIsDeletedTimersDoNothingAndGetInstanceThrows)

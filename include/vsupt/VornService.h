@@ -18,9 +18,13 @@
 // serviceStart, before its parent is released.
 //
 // start installs ControlHandler for SIGINT, SIGTERM and SIGPIPE, and in a
-// daemon for SIGCHLD too; the first SIGINT or SIGTERM calls stop on the
-// service made last, inside the handler, and every later one is ignored.
-// stop may run on any thread. The object is not copyable and owns only its
+// daemon for SIGCHLD too; the first SIGINT or SIGTERM stops the service
+// made last, and every later one is ignored. The handler only marks the
+// stop requested (state() tells it at once) and hands the stop to the
+// thread asleep in start, which calls stop: its records and the event's
+// notification allocate and lock, which is unsafe where a signal lands. A
+// stop that comes before the sleep begins, by signal or by a call of stop,
+// is kept for it rather than lost. stop may run on any thread. The object is not copyable and owns only its
 // members; getService keeps pointing at the object made last, even after it
 // is gone.
 //
@@ -93,8 +97,10 @@ protected:
 private:
     bool runInForeground(const std::string& argument);
     bool runAsDaemon(const std::string& argument);
-    // Sleeps in the event unless a stop came in already.
+    // Sleeps until the service is told to stop, unless it was already.
     void waitForStop();
+
+    friend void ControlHandler(int signal);
 };
 
 // The process's handler of SIGINT and SIGTERM while a service runs; every

@@ -11,6 +11,7 @@
 #include <cxxabi.h>
 #include <pthread.h>
 
+#include <atomic>
 #include <cstddef>
 #include <type_traits>
 #include <typeinfo>
@@ -395,7 +396,7 @@ namespace {
 // raises the flag.
 class ThreadWaitTimer : public VornTimer {
 public:
-    explicit ThreadWaitTimer(bool* expired) : m_pExpired(expired) {}
+    explicit ThreadWaitTimer(std::atomic<bool>* expired) : m_pExpired(expired) {}
     ~ThreadWaitTimer() override { stop(); }
 
     void set() override
@@ -412,13 +413,13 @@ public:
     }
 
 private:
-    bool* m_pExpired;
+    std::atomic<bool>* m_pExpired;
 };
 
 // Hears the ThreadDone of every awaited thread, on the ending thread.
 class ThreadWaitDependent : public VornDependent {
 public:
-    ThreadWaitDependent(ThreadWaitTimer* timer, VornCriticalSectionObject* lock, int* remaining)
+    ThreadWaitDependent(ThreadWaitTimer* timer, VornCriticalSectionObject* lock, std::atomic<int>* remaining)
         : m_pTimer(timer), m_pLock(lock), m_pThread(nullptr), m_pRemaining(remaining)
     {
     }
@@ -443,7 +444,7 @@ private:
     ThreadWaitTimer* m_pTimer;
     VornCriticalSectionObject* m_pLock;
     VornThread* m_pThread;
-    int* m_pRemaining;
+    std::atomic<int>* m_pRemaining;
 };
 
 int positionOf(const std::vector<VornThread*>& threads, const VornThread* thread)
@@ -458,14 +459,15 @@ int positionOf(const std::vector<VornThread*>& threads, const VornThread* thread
 
 }  // namespace
 
-// The wake-up is not latched: a thread that ends while the waiter is awake
-// lowers the count but wakes nobody, and the loop's test of the count or the
-// time-out covers it.
+// The count and the flag are read by the waiter while the ending threads
+// and the timer write them. The wake-up is not latched: a thread that ends
+// while the waiter is awake lowers the count but wakes nobody, and the
+// loop's test of the count or the time-out covers it.
 int VornThread::wait(std::vector<VornThread*>& threads, bool waitAll, int timeoutMs)
 {
-    bool expired = false;
+    std::atomic<bool> expired{false};
     ThreadWaitTimer timer(&expired);
-    int remaining = waitAll ? static_cast<int>(threads.size()) : 1;
+    std::atomic<int> remaining = waitAll ? static_cast<int>(threads.size()) : 1;
     VornCriticalSectionObject lock;
     ThreadWaitDependent dependent(&timer, &lock, &remaining);
     for (VornThread* thread : threads) {

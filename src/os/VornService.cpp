@@ -1,8 +1,10 @@
 #include <vsupt/VornService.h>
+#include <vsupt/VornDependent.h>
 
 #include "log/LibraryLog.h"
 
 #include <fcntl.h>
+#include <semaphore.h>
 #include <sys/select.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -185,6 +187,81 @@ void tellServiceManagerReady()
     g_serviceManager.tell(message);
 }
 
+// ---------------------------------------------------------------------------
+// The stop's way out of signal context
+
+// A termination signal may land anywhere, inside malloc or with a lock
+// held, so ControlHandler only marks the stop requested and posts the
+// hand-off; the thread asleep in start wakes and calls stop itself, which
+// writes the records and sets the event. Each set of the event, by stop or
+// by a client, posts the hand-off as well, so the sleeper wakes whoever
+// stops the service, and a post that comes before the sleep begins is kept
+// for it.
+class StopHandOff {
+public:
+    StopHandOff() { sem_init(&m_wakeUp, 0, 0); }
+    StopHandOff(const StopHandOff&) = delete;
+    StopHandOff& operator=(const StopHandOff&) = delete;
+
+    // Safe in a signal handler; keeps errno.
+    void post()
+    {
+        const int savedErrno = errno;
+        sem_post(&m_wakeUp);
+        errno = savedErrno;
+    }
+
+    void postSignal()
+    {
+        m_bSignalled.store(true);
+        post();
+    }
+
+    // Before a service runs: the posts of an earlier run are spent. A
+    // signal that came after that run is not: the service stops at once.
+    void forgetPosts()
+    {
+        while (sem_trywait(&m_wakeUp) == 0) {
+        }
+    }
+
+    // Until the next post, or at once if a signal is waiting. True when a
+    // signal asked for the stop.
+    bool sleep()
+    {
+        if (!m_bSignalled.load()) {
+            while (sem_wait(&m_wakeUp) != 0 && errno == EINTR) {
+            }
+        }
+        return m_bSignalled.exchange(false);
+    }
+
+private:
+    sem_t m_wakeUp;
+    std::atomic<bool> m_bSignalled{false};
+};
+
+StopHandOff g_stopHandOff;
+
+// Posts the hand-off at each set of the service's event while the service
+// runs.
+class EventWatch : public VornDependent {
+public:
+    explicit EventWatch(VornEvent& event) : m_event(event)
+    {
+        g_stopHandOff.forgetPosts();
+        m_event.addDependent(*this);
+    }
+    EventWatch(const EventWatch&) = delete;
+    EventWatch& operator=(const EventWatch&) = delete;
+    ~EventWatch() override { m_event.removeDependent(*this); }
+
+    void handleNotification(VornCollaborator&, const VornNotification&) override { g_stopHandOff.post(); }
+
+private:
+    VornEvent& m_event;
+};
+
 }  // namespace
 
 // ---------------------------------------------------------------------------
@@ -220,6 +297,7 @@ bool VornService::start(const std::string& argument, bool daemonize)
         return true;
     }
     g_serviceManager.locate();
+    const EventWatch watch(m_event);
     const bool result = daemonize ? runAsDaemon(argument) : runInForeground(argument);
     logLibraryRecord(9, "VornService::start: exiting");
     return result;
@@ -280,12 +358,13 @@ bool VornService::runAsDaemon(const std::string& argument)
     return started;
 }
 
-// The event keeps no signalled state, so a stop that came while the
-// service was starting would be lost in it; the state still tells of it.
+// The event keeps no signalled state; the hand-off does, so that a stop
+// that came while the service was starting is not lost. A stop that came by
+// signal is finished here, out of the handler.
 void VornService::waitForStop()
 {
-    if (m_state != StopRequested) {
-        m_event.wait(-1);
+    if (g_stopHandOff.sleep()) {
+        stop();
     }
 }
 
@@ -330,7 +409,8 @@ VornService* VornService::getService()
 }
 
 // Runs as the signal handler, on whatever thread the signal reached. Only
-// the first termination signal counts; later ones find the flag taken.
+// the first termination signal counts; later ones find the flag taken. The
+// rest of the stop runs on the thread of start.
 void ControlHandler(int signalNumber)
 {
     if (signalNumber != SIGINT && signalNumber != SIGTERM) {
@@ -340,11 +420,10 @@ void ControlHandler(int signalNumber)
     if (bEntered.exchange(true)) {
         return;
     }
-    const int savedErrno = errno;
     if (VornService* service = VornService::getService()) {
-        service->stop();
+        service->m_state = VornService::StopRequested;
+        g_stopHandOff.postSignal();
     }
-    errno = savedErrno;
 }
 
 }  // namespace VornSupport

@@ -11,6 +11,9 @@
 #include <cxxabi.h>
 #include <pthread.h>
 
+#include <atomic>
+#include <cstddef>
+#include <type_traits>
 #include <typeinfo>
 
 #if defined(__SANITIZE_ADDRESS__)
@@ -61,6 +64,62 @@ VornThread::ThreadDone& VornThread::ThreadDone::operator=(const ThreadDone& othe
 VornThread::ThreadDone::~ThreadDone() = default;
 
 // ---------------------------------------------------------------------------
+// The thread's handle and its running mark
+
+namespace {
+
+// What m_handle points at: the thread's id comes first, so that m_handle and
+// getHandle give the id as ever, followed by what has become of the id. An
+// id that was joined is gone and may not be joined, detached or cancelled;
+// one that was detached may not be joined or detached again. Each ended
+// thread that is neither by the time its object goes is detached, so that
+// no stack stays mapped.
+struct ThreadHandle {
+    pthread_t id;
+    bool bJoined = false;
+    bool bDetached = false;
+};
+static_assert(std::is_standard_layout<ThreadHandle>::value && offsetof(ThreadHandle, id) == 0,
+              "m_handle points at the id, the first member");
+
+ThreadHandle& handleOf(pthread_t* handle)
+{
+    return *reinterpret_cast<ThreadHandle*>(handle);
+}
+
+// Joins a thread that has not been joined or detached; a thread that
+// tries to join itself stays as it was.
+void join(ThreadHandle& handle)
+{
+    if (!handle.bJoined && !handle.bDetached && pthread_join(handle.id, nullptr) == 0) {
+        handle.bJoined = true;
+    }
+}
+
+void detach(ThreadHandle& handle)
+{
+    if (!handle.bJoined && !handle.bDetached) {
+        pthread_detach(handle.id);
+        handle.bDetached = true;
+    }
+}
+
+// m_bRunning and m_exitCode are written by the ending thread and read by
+// others, with no lock: the last write of m_bRunning publishes the exit
+// code, and a reader that sees it false sees the code.
+bool isRunning(const bool& running)
+{
+    return __atomic_load_n(&running, __ATOMIC_ACQUIRE);
+}
+
+void setRunning(bool& running, bool value)
+{
+    __atomic_store_n(&running, value, __ATOMIC_RELEASE);
+}
+
+}  // namespace
+
+// ---------------------------------------------------------------------------
 // VornThread
 
 VornThread::VornThread() : VornThread(VornSmartPointer<VornRunnable>(), defaultName()) {}
@@ -94,6 +153,8 @@ VornThread::~VornThread()
     }
     if (!m_bMarkForDeath) {
         waitForThreadExit();
+        // A body that deletes its own object cannot join itself.
+        detach(handleOf(m_handle));
     }
     if (m_handle != nullptr) {
         cleanup();
@@ -117,13 +178,13 @@ void VornThread::start()
     if (m_handle != nullptr) {
         return;
     }
-    pthread_t* handle = new pthread_t;
-    m_handle = handle;
-    m_bRunning = true;
-    if (pthread_create(handle, nullptr, VornThreadFn, this) != 0) {
+    ThreadHandle* handle = new ThreadHandle;
+    m_handle = &handle->id;
+    setRunning(m_bRunning, true);
+    if (pthread_create(&handle->id, nullptr, VornThreadFn, this) != 0) {
         delete handle;
         m_handle = nullptr;
-        m_bRunning = false;
+        setRunning(m_bRunning, false);
     }
 }
 
@@ -134,14 +195,16 @@ void VornThread::setWorkInfo(VornSmartPointer<VornWorkInformation> work)
     m_workInfo = work;
 }
 
-// A body that has returned is not joined here: there is nothing to wait for.
+// A body that has returned leaves nothing to wait for, but its thread is
+// joined here if nobody has yet, which takes no longer than the thread's
+// last instructions.
 int VornThread::wait(int timeoutMs)
 {
-    if (m_handle == nullptr || !m_bRunning) {
+    if (m_handle == nullptr) {
         return 0;
     }
-    if (timeoutMs == -1) {
-        pthread_join(*m_handle, nullptr);
+    if (timeoutMs == -1 || !isRunning(m_bRunning)) {
+        join(handleOf(m_handle));
         return 0;
     }
     std::vector<VornThread*> self{this};
@@ -168,12 +231,18 @@ void VornThread::waitForThreadExit()
     wait(-1);
 }
 
+// The thread is detached as it is forgotten: it ends on its own, and its
+// resources go with it.
 void VornThread::kill()
 {
     if (m_handle == nullptr) {
         return;
     }
-    pthread_cancel(*m_handle);
+    ThreadHandle& handle = handleOf(m_handle);
+    if (!handle.bJoined) {
+        pthread_cancel(handle.id);
+    }
+    detach(handle);
     cleanup();
 }
 
@@ -186,7 +255,7 @@ void VornThread::setMarkForKill()
 {
     m_bMarkForKill = true;
     if (m_handle != nullptr) {
-        pthread_detach(*m_handle);
+        detach(handleOf(m_handle));
     }
 }
 
@@ -197,7 +266,7 @@ bool VornThread::isAlive()
 
 int VornThread::getExitCode() const
 {
-    return m_handle == nullptr ? -1 : m_exitCode;
+    return m_handle == nullptr ? -1 : __atomic_load_n(&m_exitCode, __ATOMIC_RELAXED);
 }
 
 const std::string& VornThread::getName() const
@@ -222,9 +291,9 @@ unsigned long VornThread::getCurrentThreadId()
 
 void VornThread::cleanup()
 {
-    delete m_handle;
+    delete &handleOf(m_handle);
     m_handle = nullptr;
-    m_bRunning = false;
+    setRunning(m_bRunning, false);
 }
 
 int VornThread::runBody()
@@ -291,8 +360,10 @@ VSUPT_CATCHES_FORCED_UNWIND void* VornThreadFn(void* self)
         throw;
     }
     if (!thread->m_bMarkForDeath) {
-        thread->m_bRunning = false;
-        thread->m_exitCode = result;
+        // The last touch of the object: once it reads as ended, its owner
+        // may delete it.
+        __atomic_store_n(&thread->m_exitCode, result, __ATOMIC_RELAXED);
+        setRunning(thread->m_bRunning, false);
         return self;
     }
     const bool known = thread->m_handle != nullptr;
@@ -325,7 +396,7 @@ namespace {
 // raises the flag.
 class ThreadWaitTimer : public VornTimer {
 public:
-    explicit ThreadWaitTimer(bool* expired) : m_pExpired(expired) {}
+    explicit ThreadWaitTimer(std::atomic<bool>* expired) : m_pExpired(expired) {}
     ~ThreadWaitTimer() override { stop(); }
 
     void set() override
@@ -342,13 +413,13 @@ public:
     }
 
 private:
-    bool* m_pExpired;
+    std::atomic<bool>* m_pExpired;
 };
 
 // Hears the ThreadDone of every awaited thread, on the ending thread.
 class ThreadWaitDependent : public VornDependent {
 public:
-    ThreadWaitDependent(ThreadWaitTimer* timer, VornCriticalSectionObject* lock, int* remaining)
+    ThreadWaitDependent(ThreadWaitTimer* timer, VornCriticalSectionObject* lock, std::atomic<int>* remaining)
         : m_pTimer(timer), m_pLock(lock), m_pThread(nullptr), m_pRemaining(remaining)
     {
     }
@@ -373,7 +444,7 @@ private:
     ThreadWaitTimer* m_pTimer;
     VornCriticalSectionObject* m_pLock;
     VornThread* m_pThread;
-    int* m_pRemaining;
+    std::atomic<int>* m_pRemaining;
 };
 
 int positionOf(const std::vector<VornThread*>& threads, const VornThread* thread)
@@ -388,14 +459,15 @@ int positionOf(const std::vector<VornThread*>& threads, const VornThread* thread
 
 }  // namespace
 
-// The wake-up is not latched: a thread that ends while the waiter is awake
-// lowers the count but wakes nobody, and the loop's test of the count or the
-// time-out covers it.
+// The count and the flag are read by the waiter while the ending threads
+// and the timer write them. The wake-up is not latched: a thread that ends
+// while the waiter is awake lowers the count but wakes nobody, and the
+// loop's test of the count or the time-out covers it.
 int VornThread::wait(std::vector<VornThread*>& threads, bool waitAll, int timeoutMs)
 {
-    bool expired = false;
+    std::atomic<bool> expired{false};
     ThreadWaitTimer timer(&expired);
-    int remaining = waitAll ? static_cast<int>(threads.size()) : 1;
+    std::atomic<int> remaining = waitAll ? static_cast<int>(threads.size()) : 1;
     VornCriticalSectionObject lock;
     ThreadWaitDependent dependent(&timer, &lock, &remaining);
     for (VornThread* thread : threads) {

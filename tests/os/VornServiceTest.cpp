@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "OsTesting.h"
+#include "support/Watchdog.h"
 
 #include <sys/wait.h>
 #include <unistd.h>
@@ -65,6 +66,23 @@ TEST(VornServiceTest, ForegroundServiceRunsUntilStoppedAndIgnoresASecondStart)
     EXPECT_FALSE(failing.start("", false));
     EXPECT_EQ(0, failing.stops) << "a failed start is not stopped";
     EXPECT_EQ(VornService::Stopped, failing.state());
+}
+
+// The event keeps no signalled state; the stop is not lost all the same.
+TEST(VornServiceTest, AStopThatComesWhileTheServiceStartsEndsItOnceItRuns)
+{
+    struct StoppedAtOnce : RecordingService {
+        StoppedAtOnce() : RecordingService(true) {}
+        bool serviceStart(const std::string& argument) override
+        {
+            stop();
+            return RecordingService::serviceStart(argument);
+        }
+    };
+    const Watchdog watchdog(60s, "VornServiceTest: a stop during serviceStart was lost\n");
+    StoppedAtOnce service;
+    EXPECT_TRUE(service.start("", false));
+    EXPECT_EQ(1, service.stops);
 }
 
 // A service manager's socket under an abstract name, as NOTIFY_SOCKET

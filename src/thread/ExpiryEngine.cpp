@@ -25,6 +25,7 @@ static_assert(ATOMIC_INT_LOCK_FREE == 2 && ATOMIC_LLONG_LOCK_FREE == 2,
 
 constexpr std::int64_t kNoAlarm = std::numeric_limits<std::int64_t>::max();
 constexpr time_t kLingerSeconds = 1;
+constexpr int kScanWaitMs = 5000;
 
 // The second by which an alarm or a scan is sure to come: the one the
 // interval timer is armed for, or the one a thread asked for on its way to
@@ -34,6 +35,8 @@ std::atomic<std::int64_t> g_alarmBy{kNoAlarm};
 // Counts the alarms armed and the scans started, so that the arming job
 // sees whether the manager did either.
 std::atomic<unsigned> g_armedOrScanned{0};
+// Timer threads made and not yet gone (ScanHold).
+std::atomic<unsigned> g_scansUnderWay{0};
 
 // The state of the engine thread, under g_stateMutex. Everything here is
 // constant-initialised or built before the library's start-up object, so
@@ -226,6 +229,16 @@ void ExpiryEngine::startTimerThread(VornTimerManager& manager)
     thread->start();
 }
 
+ExpiryEngine::ScanHold::ScanHold()
+{
+    ++g_scansUnderWay;
+}
+
+ExpiryEngine::ScanHold::~ScanHold()
+{
+    --g_scansUnderWay;
+}
+
 // ---------------------------------------------------------------------------
 // Step 7: a thread that deleted itself is joined.
 
@@ -383,6 +396,7 @@ void forgetEngineInChild()
     g_running = false;
     g_vExitThreads.clear();
     g_alarmBy.store(kNoAlarm);
+    g_scansUnderWay.store(0);
     sem_init(&g_wakeUp, 0, 0);
     pthread_mutex_init(&g_jobMutex, nullptr);
     pthread_mutex_unlock(&g_stateMutex);
@@ -428,10 +442,16 @@ void ExpiryEngine::installAlarm()
     installHandler(SIGUSR1, armingHandler);
 }
 
+// No timer thread starts once the jobs are withdrawn; one that has started
+// may still be scanning the manager's list, or about to. A timer thread
+// whose start failed keeps its hold for good, so the wait is bounded.
 void ExpiryEngine::withdrawAlarm()
 {
     withdraw(g_armJob);
     withdraw(g_alarmJob);
+    for (int waited = 0; g_scansUnderWay.load() != 0 && waited < kScanWaitMs; ++waited) {
+        usleep(1000);
+    }
 }
 
 void ExpiryEngine::shutDown()

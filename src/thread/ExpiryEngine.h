@@ -44,8 +44,9 @@
 // thread waits for the alarm of the first record's quiet timer, at most
 // its 60 seconds, and then lingers its second. A forked child starts with
 // no engine thread, no alarm and no ended threads of its parent. The stop
-// sequence withdraws the timer jobs before the manager is deleted and then
-// joins the engine for good.
+// sequence withdraws the timer jobs and waits for the scans under way (each
+// timer thread holds a ScanHold for its life) before the manager is
+// deleted, and then joins the engine for good.
 //
 // Locks: the engine's state mutex is a leaf, taken by wantAlarmBy under the
 // manager's list lock and by announceEnd. Jobs run with no engine lock but
@@ -102,6 +103,16 @@ public:
         Job* m_pNext = nullptr;
     };
 
+    // Held by each timer thread from its making to the end of its object,
+    // so that the stop sequence can wait for the scans under way.
+    class ScanHold {
+    public:
+        ScanHold();
+        ~ScanHold();
+        ScanHold(const ScanHold&) = delete;
+        ScanHold& operator=(const ScanHold&) = delete;
+    };
+
     // Start sequence: the handlers of SIGUSR2 (thread module) and of SIGALRM
     // and SIGUSR1 (timer module), with their jobs.
     static void installReaper();
@@ -123,7 +134,8 @@ public:
     // must hold no lock that the job takes.
     static void withdraw(Job& job);
 
-    // Stop sequence: the timer jobs go before the manager is deleted.
+    // Stop sequence: the timer jobs go, and the scans under way end, before
+    // the manager is deleted.
     static void withdrawAlarm();
     // Joins the engine thread and starts none after it.
     static void shutDown();

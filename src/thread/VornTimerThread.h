@@ -1,10 +1,13 @@
 // The short-lived thread of one timer expiry: started by the expiry engine
 // for each SIGALRM, marked for death, it scans the timer list once and
-// deletes itself.
+// deletes itself. Its scan hold keeps the manager from being deleted under
+// it by the stop sequence.
 #ifndef VSUPT_VORNTIMERTHREAD_H
 #define VSUPT_VORNTIMERTHREAD_H
 
 #include <vsupt/VornThread.h>
+
+#include "thread/ExpiryEngine.h"
 
 namespace VornSupport {
 
@@ -21,6 +24,7 @@ public:
 
 private:
     VornTimerManager& m_manager;
+    const ExpiryEngine::ScanHold m_scanHold;
 };
 
 }  // namespace VornSupport

@@ -1,3 +1,4 @@
+#include "support/KillableBodies.h"
 #include "support/TestAndSetElsewhere.h"
 
 #include <vsupt/VornCriticalSection.h>
@@ -312,14 +313,6 @@ std::atomic<unsigned> g_insideSection[kStressSections];
 std::atomic<long> g_overlaps{0};
 std::atomic<bool> g_stressStop{false};
 
-unsigned nextStressRandom(unsigned state)
-{
-    state ^= state << 13;
-    state ^= state >> 17;
-    state ^= state << 5;
-    return state;
-}
-
 // Marks the section as this thread's, lets time pass, and counts an overlap
 // if another thread got in meanwhile.
 void stayInside(int section, unsigned me)
@@ -380,7 +373,7 @@ public:
         const unsigned me = static_cast<unsigned>(pthread_self()) | 1u;
         unsigned random = me;
         while (!g_stressStop) {
-            random = nextStressRandom(random);
+            random = nextRandom(random);
             useSomeSection(random, me);
             ++rounds;
         }
@@ -399,7 +392,6 @@ private:
 // the end.
 TEST(VornCriticalSectionStressTest, KilledUsersNeverLetTwoThreadsInNorLeaveASectionHeld)
 {
-    using Clock = std::chrono::steady_clock;
     static std::atomic<long> survivorRounds{0};
     static std::atomic<long> victimRounds{0};
     std::vector<std::unique_ptr<SectionUser>> survivors;
@@ -408,24 +400,10 @@ TEST(VornCriticalSectionStressTest, KilledUsersNeverLetTwoThreadsInNorLeaveASect
         survivors.back()->start();
     }
     unsigned seed = 7;
-    long kills = 0;
-    long lastRounds = 0;
-    auto lastProgress = Clock::now();
-    const auto start = Clock::now();
-    while (Clock::now() - start < std::chrono::seconds(15)) {
-        auto victim = std::make_unique<SectionUser>(victimRounds);
-        victim->start();
-        victim->setMarkForKill();
-        std::this_thread::sleep_for(std::chrono::microseconds(rand_r(&seed) % 2000));
-        victim->kill();
-        ++kills;
-        if (survivorRounds != lastRounds) {
-            lastRounds = survivorRounds;
-            lastProgress = Clock::now();
-        }
-        ASSERT_LT(std::chrono::duration<double>(Clock::now() - lastProgress).count(), 10.0)
-            << "the survivors stopped after " << kills << " kills";
-    }
+    const long kills = killVictims(
+        std::chrono::seconds(15), [] { return std::make_unique<SectionUser>(victimRounds); },
+        [&seed] { return std::chrono::microseconds(rand_r(&seed) % 2000); }, survivorRounds);
+    ASSERT_NE(kills, -1) << "the survivors stood still for ten seconds";
     g_stressStop = true;
     for (auto& survivor : survivors) {
         survivor->waitForThreadExit();
